@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+#include "platform/automation/object.h"
+#include "platform/automation/types.h"
+
+namespace rebate {
+
+// Makes instances of one class. Creating is the only thing that it does.
+using ClassFactory = std::function<ObjectRef()>;
+
+// Puts a class under its program identifier (compared without regard to case) for the whole process, in place of one
+// that stands there. A host registers its own login components in this way.
+void RegisterClass(std::string_view program_id, ClassFactory factory);
+
+// A new object of the class. Raises 429 where none is registered, and what the factory raises.
+ObjectRef CreateObject(std::string_view program_id);
+
+}  // namespace rebate

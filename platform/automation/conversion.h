@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "platform/automation/variant.h"
+
+namespace rebate {
+
+// The automation world's own conversions. All raise 13 (type mismatch) for what doesn't convert, 94 for Null and 6 for
+// a number outside the target type; Empty counts as 0, False and the empty text.
+
+// The default text of a value: integers in decimal, floats with up to 15 significant digits and no trailing zeros,
+// Booleans as True and False, dates as `yyyy-mm-dd hh:mm:ss` without the time at midnight.
+Text ToText(const Variant& value);
+
+// A 32-bit integer; fractions round to the nearest, halves to the even neighbour. True is -1.
+Long ToLong(const Variant& value);
+
+double ToDouble(const Variant& value);
+
+// Every number but 0 is True; of texts, also "True" and "False" without regard to case.
+bool ToBoolean(const Variant& value);
+
+// Whether `value` compares equal to the number, its text read as one; Null equals nothing.
+bool EqualsNumber(const Variant& value, double number);
+
+// The number that a text is, where it is one: blanks around it, a sign before or behind, a fraction, an exponent,
+// thousands separators between the integer digits, &H and &O numbers.
+std::optional<double> ParseNumber(std::string_view text);
+
+// The leading-number rule: the longest number that the text starts with, behind blanks; 0 where there is none.
+double LeadingNumber(std::string_view text);
+
+// The general numeric test: whether the value converts to a number.
+bool IsNumeric(const Variant& value);
+
+// A float as decimal text, up to 15 significant digits, no trailing zeros.
+Text NumberText(double number);
+
+// `text` without leading and trailing blanks (the blank alone, no other white space).
+std::string_view Trim(std::string_view text);
+
+// The parts of `text` between `separator`s, the empty ones too; an empty text has no part.
+std::vector<Text> Split(std::string_view text, char separator);
+
+// Every `from` in `text` replaced by `to`.
+Text Replace(std::string_view text, std::string_view from, std::string_view to);
+
+// Equality without regard to the case of the letters A to Z.
+bool EqualsIgnoreCase(std::string_view left, std::string_view right);
+
+// The date as `yyyy-mm-dd`, with ` hh:mm:ss` where it isn't midnight.
+Text DateText(double days);
+
+// `yyyy-mm-dd`, optionally followed by a blank or T and `hh:mm`, `:ss`, `.fff`; nothing for any other text.
+std::optional<double> ParseDate(std::string_view text);
+
+}  // namespace rebate

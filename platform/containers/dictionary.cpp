@@ -1,0 +1,136 @@
+#include "platform/containers/dictionary.h"
+
+#include "platform/automation/dispatch.h"
+
+namespace rebate {
+namespace {
+
+[[noreturn]] void ThrowNotFound(std::string_view key) {
+  throw Error(error_number::kElementNotFound, "Dictionary", "Element not found: " + Text(key));
+}
+
+}  // namespace
+
+Dictionary::Dictionary(Ref<KeyList> keys, std::vector<Variant> values)
+    : keys_(std::move(keys)), values_(std::move(values)) {}
+
+const Text& Dictionary::Key(Long index) const {
+  if (index < 1 || index > Count()) throw Error(error_number::kSubscript, "Dictionary", "Subscript out of range");
+  if (removed_ == 0) return (*keys_)[static_cast<std::size_t>(index - 1)];
+  for (std::size_t i = 0;; ++i) {
+    if (!values_[i].IsMissing() && --index == 0) return (*keys_)[i];
+  }
+}
+
+const Variant* Dictionary::Slot(std::string_view key) const {
+  if (!keys_) return nullptr;
+  const std::optional<std::size_t> at = keys_->Find(key);
+  return at && !values_[*at].IsMissing() ? &values_[*at] : nullptr;
+}
+
+const Variant& Dictionary::Value(std::string_view key) const {
+  const Variant* slot = Slot(key);
+  if (slot == nullptr) ThrowNotFound(key);
+  return *slot;
+}
+
+void Dictionary::SetValue(std::string_view key, Variant value) {
+  if (value.IsMissing()) value = {};
+  const Variant* slot = Slot(key);
+  if (slot != nullptr) {
+    values_[static_cast<std::size_t>(slot - values_.data())] = std::move(value);
+    return;
+  }
+  OwnKeys();
+  keys_->Add(key);
+  values_.push_back(std::move(value));
+}
+
+Variant Dictionary::GetValue(std::string_view key, Variant fallback) const {
+  const Variant* slot = Slot(key);
+  if (slot != nullptr) return *slot;
+  return fallback.IsMissing() ? Variant() : std::move(fallback);
+}
+
+void Dictionary::Remove(std::string_view key) {
+  const Variant* slot = Slot(key);
+  if (slot == nullptr) ThrowNotFound(key);
+  const std::ptrdiff_t at = slot - values_.data();
+  if (owns_keys_) {
+    keys_->Erase(static_cast<std::size_t>(at));
+    values_.erase(values_.begin() + at);
+  } else {
+    values_[static_cast<std::size_t>(at)] = Variant::Missing();
+    ++removed_;
+  }
+}
+
+void Dictionary::Clear() {
+  keys_ = nullptr;
+  values_.clear();
+  removed_ = 0;
+  owns_keys_ = false;
+}
+
+// Before a key is added: a list of this dictionary's own, without what was removed.
+void Dictionary::OwnKeys() {
+  if (owns_keys_) return;
+  Ref<KeyList> own = New<KeyList>();
+  std::vector<Variant> values;
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    if (values_[i].IsMissing()) continue;
+    own->Add((*keys_)[i]);
+    values.push_back(std::move(values_[i]));
+  }
+  keys_ = std::move(own);
+  values_ = std::move(values);
+  removed_ = 0;
+  owns_keys_ = true;
+}
+
+const MemberTable& Dictionary::Members() const {
+  static const DeclaredType kText{DeclaredType::Kind::Text};
+  static const DeclaredType kValue{DeclaredType::Kind::Value};
+  static const DeclaredType kLong{DeclaredType::Kind::Long};
+  const auto self = [](Object& object) -> Dictionary& { return dynamic_cast<Dictionary&>(object); };
+  static const MemberTable members{
+      {"Count",
+       MemberKind::PropertyGet,
+       {},
+       kLong,
+       [self](Object& o, std::span<Variant>) { return Variant(self(o).Count()); }},
+      {"Key",
+       MemberKind::PropertyGet,
+       {{"Index", kLong}},
+       kText,
+       [self](Object& o, std::span<Variant> a) { return Variant(self(o).Key(ToLong(a[0]))); }},
+      {"Value",
+       MemberKind::PropertyGet,
+       {{"Key", kText}},
+       kValue,
+       [self](Object& o, std::span<Variant> a) { return self(o).Value(ToText(a[0])); }},
+      {"GetValue",
+       MemberKind::Method,
+       {{"Key", kText}, {"Default", kValue, false, true}},
+       kValue,
+       [self](Object& o, std::span<Variant> a) { return self(o).GetValue(ToText(a[0]), a[1]); }},
+      {"SetValue",
+       MemberKind::Method,
+       {{"Key", kText}, {"Value", kValue}},
+       {},
+       [self](Object& o, std::span<Variant> a) { return self(o).SetValue(ToText(a[0]), a[1]), Variant(); }},
+      {"Remove",
+       MemberKind::Method,
+       {{"Key", kText}},
+       {},
+       [self](Object& o, std::span<Variant> a) { return self(o).Remove(ToText(a[0])), Variant(); }},
+      {"Clear",
+       MemberKind::Method,
+       {},
+       {},
+       [self](Object& o, std::span<Variant>) { return self(o).Clear(), Variant(); }},
+  };
+  return members;
+}
+
+}  // namespace rebate

@@ -1,0 +1,192 @@
+#include <optional>
+
+#include "platform/automation/conversion.h"
+#include "platform/automation/dispatch.h"
+#include "platform/database/row_set.h"
+
+namespace rebate {
+namespace {
+
+constexpr Long kInvalidFilter = 3001;
+constexpr std::string_view kSource = "Recordset";
+
+// One `Name=Value` test.
+struct Condition {
+  std::size_t field;
+  Variant value;  // a text, or a Double
+
+  bool Shows(const Variant& cell) const {
+    if (cell.IsNull()) return false;
+    if (value.IsText()) return EqualsIgnoreCase(ToText(cell), value.text());
+    return IsNumeric(cell) && ToDouble(cell) == value.real();
+  }
+};
+
+class ClientCursor : public Recordset {
+ public:
+  explicit ClientCursor(Ref<RowSet> rows) : rows_(std::move(rows)) {}
+
+  bool Eof() const override { return row_ >= Rows().row_count(); }
+  std::size_t FieldCount() const override { return Rows().names().size(); }
+  const Text& FieldName(std::size_t field) const override {
+    CheckField(field);
+    return Rows().names()[field];
+  }
+  Variant FieldValue(std::size_t field) const override {
+    CheckField(field);
+    CheckRow();
+    return rows_->Cell(row_, field);
+  }
+  Ref<KeyList> Keys() const override { return Rows().keys(); }
+
+  void MoveFirst() override {
+    (void)Rows();
+    row_ = 0;
+    SkipHidden();
+  }
+  void MoveNext() override {
+    CheckRow();
+    ++row_;
+    SkipHidden();
+  }
+  void SetFilter(std::string_view filter) override {
+    condition_ = Trim(filter).empty() ? std::nullopt : std::optional(Parse(filter));
+    filter_ = filter;
+    MoveFirst();
+  }
+  Text Filter() const override { return filter_; }
+  void Close() override { rows_ = nullptr; }
+
+ private:
+  const RowSet& Rows() const {
+    if (!rows_)
+      throw Error(database_error::kClosed, Text(kSource), "Operation is not allowed when the object is closed.");
+    return *rows_;
+  }
+  void CheckField(std::size_t field) const {
+    if (field >= FieldCount()) {
+      throw Error(database_error::kNoSuchField, Text(kSource), "Item cannot be found in the collection.");
+    }
+  }
+  void CheckRow() const {
+    if (Eof()) {
+      throw Error(database_error::kNoCurrentRow, Text(kSource),
+                  "Either BOF or EOF is True, or the current record has been deleted.");
+    }
+  }
+  void SkipHidden() {
+    if (!condition_) return;
+    while (row_ < rows_->row_count() && !condition_->Shows(rows_->Cell(row_, condition_->field))) ++row_;
+  }
+  Condition Parse(std::string_view filter) const {
+    const std::size_t equals = filter.find('=');
+    if (equals == std::string_view::npos) ThrowInvalidFilter(filter);
+    const std::size_t field = FieldIndex(Trim(filter.substr(0, equals)));
+    const std::string_view value = Trim(filter.substr(equals + 1));
+    if (value.size() >= 2 && value.starts_with('\'') && value.ends_with('\'')) {
+      return {field, Variant(Replace(value.substr(1, value.size() - 2), "''", "'"))};
+    }
+    const std::optional<double> number = ParseNumber(value);
+    if (!number) ThrowInvalidFilter(filter);
+    return {field, Variant(*number)};
+  }
+  [[noreturn]] static void ThrowInvalidFilter(std::string_view filter) {
+    throw Error(kInvalidFilter, Text(kSource), "Filter is not of the form Name=Value: " + Text(filter));
+  }
+
+  Ref<RowSet> rows_;  // null once closed
+  std::size_t row_ = 0;
+  Text filter_;
+  std::optional<Condition> condition_;
+};
+
+}  // namespace
+
+RowSet::RowSet(std::vector<Text> names) : names_(std::move(names)), keys_(New<KeyList>(names_)) {}
+
+void RowSet::AddText(std::string_view text) {
+  if (cells_.size() >= names_.size()) {
+    const Variant& above = cells_[cells_.size() - names_.size()];
+    if (above.IsText() && above.text() == text) {
+      cells_.push_back(Variant(above));
+      return;
+    }
+  }
+  cells_.emplace_back(text);
+}
+
+RecordsetRef OpenRecordset(Ref<RowSet> rows) {
+  return New<ClientCursor>(std::move(rows));
+}
+
+std::size_t Recordset::FieldIndex(std::string_view name) const {
+  const std::size_t count = FieldCount();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (EqualsIgnoreCase(FieldName(i), name)) return i;
+  }
+  throw Error(database_error::kNoSuchField, Text(kSource),
+              "Item cannot be found in the collection corresponding to the requested name: " + Text(name));
+}
+
+const MemberTable& Recordset::Members() const {
+  static const DeclaredType kText{DeclaredType::Kind::Text};
+  static const DeclaredType kValue{DeclaredType::Kind::Value};
+  static const DeclaredType kLong{DeclaredType::Kind::Long};
+  static const DeclaredType kBoolean{DeclaredType::Kind::Boolean};
+  const auto self = [](Object& object) -> Recordset& { return dynamic_cast<Recordset&>(object); };
+  static const MemberTable members{
+      {"EOF",
+       MemberKind::PropertyGet,
+       {},
+       kBoolean,
+       [self](Object& o, std::span<Variant>) { return Variant(self(o).Eof()); }},
+      {"FieldCount",
+       MemberKind::PropertyGet,
+       {},
+       kLong,
+       [self](Object& o, std::span<Variant>) { return Variant(static_cast<Long>(self(o).FieldCount())); }},
+      {"FieldName",
+       MemberKind::PropertyGet,
+       {{"Index", kLong}},
+       kText,
+       [self](Object& o, std::span<Variant> a) {
+         return Variant(self(o).FieldName(static_cast<std::size_t>(ToLong(a[0]))));
+       }},
+      {"Value",
+       MemberKind::PropertyGet,
+       {{"Field", kValue}},
+       kValue,
+       [self](Object& o, std::span<Variant> a) {
+         if (a[0].IsText()) return self(o).FieldValue(a[0].text());
+         return self(o).FieldValue(static_cast<std::size_t>(ToLong(a[0])));
+       }},
+      {"MoveFirst",
+       MemberKind::Method,
+       {},
+       {},
+       [self](Object& o, std::span<Variant>) { return self(o).MoveFirst(), Variant(); }},
+      {"MoveNext",
+       MemberKind::Method,
+       {},
+       {},
+       [self](Object& o, std::span<Variant>) { return self(o).MoveNext(), Variant(); }},
+      {"Filter",
+       MemberKind::PropertyGet,
+       {},
+       kText,
+       [self](Object& o, std::span<Variant>) { return Variant(self(o).Filter()); }},
+      {"SetFilter",
+       MemberKind::Method,
+       {{"Filter", kText}},
+       {},
+       [self](Object& o, std::span<Variant> a) { return self(o).SetFilter(ToText(a[0])), Variant(); }},
+      {"Close",
+       MemberKind::Method,
+       {},
+       {},
+       [self](Object& o, std::span<Variant>) { return self(o).Close(), Variant(); }},
+  };
+  return members;
+}
+
+}  // namespace rebate

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/database/recordset.h"
+
+namespace rebate {
+
+// A connection to an account's database. It owns its temporary tables and lives on one thread at a time.
+//
+// Statements run inside a unit of work: `BeginWork` readies it, the first statement begins it, and it ends with
+// `CommitWork` or `RollbackWork`. `begin tran` and `commit tran` in a statement's text nest inside it. A statement
+// outside a unit of work stands by itself.
+class Connection : public RefCounted {
+ public:
+  // Runs one text of Transact-SQL, which may be a batch of several statements. Gives the first row set of the batch, or
+  // the null reference where no statement gave one. Raises the error of the first statement that is refused; a batch
+  // that doesn't parse runs nothing.
+  virtual RecordsetRef Execute(std::string_view text) = 0;
+
+  // Readies a unit of work; one that is open is undone first. Takes no lock.
+  virtual void BeginWork() = 0;
+  // Makes the work of the unit stand and ends it; raises where that fails, and the work is then undone. Without an open
+  // unit it does nothing.
+  virtual void CommitWork() = 0;
+  // Undoes the work of the unit and ends it; never raises. Without an open unit it does nothing.
+  virtual void RollbackWork() noexcept = 0;
+};
+
+using ConnectionRef = Ref<Connection>;
+
+}  // namespace rebate
