@@ -33,6 +33,12 @@ void RegisterClass(std::string_view program_id, ClassFactory factory) {
   registry.factories[Folded(program_id)] = std::move(factory);
 }
 
+bool IsClassRegistered(std::string_view program_id) {
+  Registry& registry = TheRegistry();
+  const std::lock_guard lock(registry.mutex);
+  return registry.factories.contains(Folded(program_id));
+}
+
 ObjectRef CreateObject(std::string_view program_id) {
   ClassFactory factory;
   {
