@@ -38,9 +38,9 @@ TEST(Conversion, GivesTheDefaultTextOfEveryType) {
 // What the general numeric test accepts, with the number that it converts to.
 TEST(Conversion, ReadsNumbersAsTheAutomationWorldDoes) {
   const std::pair<const char*, double> numbers[] = {
-      {"12", 12},        {" 12 ", 12},    {"-3", -3},       {"+3", 3},    {"3-", -3},     {"(4)", -4},  {"1.5", 1.5},
-      {".5", 0.5},       {"5.", 5},       {"1e3", 1000},    {"1E-2", .01}, {"1d2", 100},   {"1,234", 1234},
-      {"1,2,3.5", 123.5}, {"&H1F", 31},   {"&hFFFF", -1},   {"&O17", 15}, {"- 7", -7},    {"\t8\r\n", 8},
+      {"12", 12},   {" 12 ", 12},   {"-3", -3},    {"+3", 3},     {"3-", -3},     {"(4)", -4},     {"1.5", 1.5},
+      {".5", 0.5},  {"5.", 5},      {"1e3", 1000}, {"1E-2", .01}, {"1d2", 100},   {"1,234", 1234}, {"1,2,3.5", 123.5},
+      {"&H1F", 31}, {"&hFFFF", -1}, {"&O17", 15},  {"- 7", -7},   {"\t8\r\n", 8},
   };
   for (const auto& [text, number] : numbers) {
     EXPECT_TRUE(IsNumeric(text)) << text;
@@ -54,7 +54,8 @@ TEST(Conversion, ReadsNumbersAsTheAutomationWorldDoes) {
 
 TEST(Conversion, TakesTheLeadingNumberAndIgnoresTheRest) {
   const std::pair<const char*, double> cases[] = {
-      {"12.5%", 12.5}, {"  -3abc", -3}, {"abc", 0}, {"", 0}, {"1e2x", 100}, {"1e", 1}, {".", 0}, {"1,234", 1}, {"+.5", .5},
+      {"12.5%", 12.5}, {"  -3abc", -3}, {"abc", 0},   {"", 0},     {"1e2x", 100},
+      {"1e", 1},       {".", 0},        {"1,234", 1}, {"+.5", .5},
   };
   for (const auto& [text, number] : cases) EXPECT_EQ(LeadingNumber(text), number) << text;
 }

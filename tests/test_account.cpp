@@ -20,7 +20,9 @@ std::filesystem::path NewFolder() {
   return folder;
 }
 
-DataSource SourceOf(const std::filesystem::path& path) { return DataSource::Parse("Data Source=" + path.string()); }
+DataSource SourceOf(const std::filesystem::path& path) {
+  return DataSource::Parse("Data Source=" + path.string());
+}
 
 // An account is made once and then copied: the schema takes longer than most tests.
 const std::filesystem::path& TemplateAccount() {
@@ -48,7 +50,9 @@ TestAccount::~TestAccount() {
   std::filesystem::remove_all(folder_, ignored);
 }
 
-void TestAccount::Execute(std::string_view text) const { Connect(SourceOf(path_))->Execute(text); }
+void TestAccount::Execute(std::string_view text) const {
+  Connect(SourceOf(path_))->Execute(text);
+}
 
 Text TestAccount::Rows(std::string_view query) const {
   const RecordsetRef rows = Connect(SourceOf(path_))->Execute(query);
