@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -23,8 +24,10 @@ struct SaveOptions : AccountOptions {
 
 Json ReadRequest(const Text& path) {
   std::ifstream file(path, std::ios::binary);
+  if (!file || std::filesystem::is_directory(path)) {
+    throw Error(error_number::kInvalidCall, "rebate", "Can't read " + path);
+  }
   const Text text(std::istreambuf_iterator<char>(file), {});
-  if (!file.good() && !file.eof()) throw Error(error_number::kInvalidCall, "rebate", "Can't read " + path);
   try {
     return ParseJson(text);
   } catch (const Error& error) {
