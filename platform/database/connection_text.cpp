@@ -100,6 +100,10 @@ bool ConnectionKey::Is(std::string_view name) const {
   return EqualsIgnoreCase(key, name);
 }
 
+bool ConnectionKey::NamesSecret() const {
+  return IsSecret(key);
+}
+
 std::vector<ConnectionKey> ParseConnectionText(std::string_view text) {
   std::vector<ConnectionKey> keys;
   for (std::size_t at = 0; at < text.size(); ++at) {

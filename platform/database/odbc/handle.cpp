@@ -29,7 +29,8 @@ bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefi
 
 Long Number(const std::vector<Diagnostic>& diagnostics) {
   if (TellsOfLostConnection(diagnostics)) return database_error::kConnection;
-  if (AnyState(diagnostics, "HYT00")) return database_error::kTimeout;
+  // Not every driver has the server's "cancelled" translated; nobody but the time limit cancels a statement here.
+  if (AnyState(diagnostics, "HYT00") || AnyState(diagnostics, "57014")) return database_error::kTimeout;
   if (AnyState(diagnostics, "23")) return database_error::kConstraint;
   return database_error::kStatement;
 }
