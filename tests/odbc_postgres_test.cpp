@@ -2,26 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <memory>
 
 #include "platform/automation/conversion.h"
 #include "platform/database/odbc/odbc_account.h"
 #include "platform/login/data_context.h"
 #include "platform/login/data_source.h"
+#include "tests/error_of.h"
 #include "tests/postgres_server.h"
 
 namespace rebate {
 namespace {
-
-// The error that `act` raises; number 0 where it raises none.
-Error ErrorOf(const std::function<void()>& act) {
-  try {
-    act();
-  } catch (const Error& error) {
-    return error;
-  }
-  return Error(0, "", "");
-}
 
 // One server for all tests of the process.
 class OdbcPostgres : public testing::Test {

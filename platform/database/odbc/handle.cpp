@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "platform/database/odbc/wide_text.h"
-
 namespace rebate::odbc {
 namespace {
 
@@ -38,23 +36,19 @@ Long Number(const std::vector<Diagnostic>& diagnostics) {
 }  // namespace
 
 std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle) {
+  constexpr SQLSMALLINT kMost = 100;
   std::vector<Diagnostic> diagnostics;
-  std::u16string buffer(512, u'\0');
-  for (SQLSMALLINT record = 1; record < SQLSMALLINT(100); ++record) {
+  for (SQLSMALLINT record = 1; record < kMost; ++record) {
     SQLWCHAR state[6] = {};
-    SQLINTEGER native = 0;
-    SQLSMALLINT length = 0;
-    const auto read = [&] {
-      return SQLGetDiagRecW(kind, handle, record, state, &native, ToSql(buffer),
-                            static_cast<SQLSMALLINT>(buffer.size()), &length);
-    };
-    if (!SQL_SUCCEEDED(read())) break;
-    if (length >= static_cast<SQLSMALLINT>(buffer.size())) {
-      buffer.resize(static_cast<std::size_t>(length) + 1);
-      if (!SQL_SUCCEEDED(read())) break;
-    }
-    const auto size = std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(length, 0)), buffer.size() - 1);
-    const Text message = FromWide({buffer.data(), size});
+    SQLRETURN outcome = SQL_SUCCESS;
+    const Text message = ReadGrowing([&](std::u16string& buffer) {
+      SQLINTEGER native = 0;
+      SQLSMALLINT length = 0;
+      outcome = SQLGetDiagRecW(kind, handle, record, state, &native, ToSql(buffer),
+                               static_cast<SQLSMALLINT>(buffer.size()), &length);
+      return length;
+    });
+    if (!SQL_SUCCEEDED(outcome)) break;
     diagnostics.push_back({FromWide({FromSql(state), 5}), Text(WithoutComponents(message))});
   }
   return diagnostics;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/automation/error.h"
+#include "platform/database/odbc/wide_text.h"
 
 namespace rebate::odbc {
 
@@ -54,6 +55,22 @@ bool TellsOfLostConnection(const std::vector<Diagnostic>& diagnostics);
 
 // The error that the messages amount to, with all of their texts, a line each.
 Error ToError(const std::vector<Diagnostic>& diagnostics);
+
+// Reads a text of which only the length tells whether it fitted: `read` fills the buffer and gives the length that the
+// text has, in units, where it is known. What is longer than a length can tell is cut off.
+template <typename Read>
+Text ReadGrowing(Read read) {
+  constexpr std::size_t kShort = 256;
+  constexpr std::size_t kLongest = 16000;
+  std::u16string buffer(kShort, u'\0');
+  const SQLSMALLINT length = read(buffer);
+  if (length < 0 || static_cast<std::size_t>(length) >= kShort) {
+    buffer.assign(kLongest, u'\0');
+    read(buffer);
+  }
+  buffer.back() = u'\0';
+  return FromWide(buffer.c_str());
+}
 
 // Text at the driver manager's border.
 inline const char16_t* FromSql(const SQLWCHAR* text) {

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "platform/automation/conversion.h"
-#include "platform/database/odbc/wide_text.h"
 
 namespace rebate::odbc {
 namespace {
@@ -54,15 +53,12 @@ Kind KindOf(SQLLEN type, std::string_view type_name) {
 
 // A text about a column; `field` is its SQL_DESC_ code.
 Text Describe(const Statement& statement, SQLUSMALLINT column, SQLUSMALLINT field) {
-  std::u16string buffer(128, u'\0');
-  for (;;) {
+  return ReadGrowing([&](std::u16string& buffer) {
     SQLSMALLINT bytes = 0;
     Check(statement, SQLColAttributeW(statement.get(), column, field, ToSql(buffer),
                                       static_cast<SQLSMALLINT>(buffer.size() * kWideUnit), &bytes, nullptr));
-    const auto size = static_cast<std::size_t>(bytes) / kWideUnit;
-    if (size < buffer.size()) return FromWide({buffer.data(), size});
-    buffer.resize(size + 1);
-  }
+    return static_cast<SQLSMALLINT>(bytes / kWideUnit);
+  });
 }
 
 std::vector<Column> DescribeColumns(const Statement& statement) {
