@@ -70,7 +70,7 @@ Value ReadValue(std::string_view text, std::size_t start) {
   return {end, Text(Strip(text.substr(start, end - start))), encloses};
 }
 
-bool NamesSecret(std::string_view key) {
+bool IsSecret(std::string_view key) {
   constexpr std::array<std::string_view, 3> kSecrets = {"pwd", "password", "secret"};
   Text lower(key);
   std::transform(lower.begin(), lower.end(), lower.begin(),
@@ -98,6 +98,10 @@ std::size_t SecretEnd(std::string_view text, std::size_t start) {
 
 bool ConnectionKey::Is(std::string_view name) const {
   return EqualsIgnoreCase(key, name);
+}
+
+bool ConnectionKey::NamesSecret() const {
+  return IsSecret(key);
 }
 
 std::vector<ConnectionKey> ParseConnectionText(std::string_view text) {
@@ -142,7 +146,7 @@ Text WithoutSecrets(std::string_view text) {
     const std::string_view key = text.substr(at, equals - at);
     at = equals + 1;
     if (text[equals] == ';') continue;
-    const bool secret = NamesSecret(key);
+    const bool secret = IsSecret(key);
     const std::size_t end = secret ? SecretEnd(text, at) : ReadValue(text, at).end;
     shown += secret ? "***" : text.substr(at, end - at);
     at = end;

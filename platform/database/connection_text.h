@@ -15,6 +15,8 @@ struct ConnectionKey {
 
   // Whether the key bears this name, without regard to case.
   bool Is(std::string_view name) const;
+  // Whether the value is one that must not be shown.
+  bool NamesSecret() const;
 };
 
 // The keys of `Key=Value;Key=Value`, in order; they point into `text`. A value in braces or quotes may hold a
