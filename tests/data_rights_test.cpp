@@ -134,6 +134,8 @@ TEST_F(DataRights, ReachesAComponentThatTheHostRegistered) {
   RegisterComponent();
   SetLoginAnswers({.props_string = "of the host"});
   EXPECT_TRUE(AskOnNewThread(1)[0].first);
+  RegisterClass(login_component::kSecurityInfo, nullptr);
+  RegisterComponent();
 }
 
 }  // namespace

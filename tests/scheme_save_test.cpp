@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/automation/conversion.h"
 #include "tests/scheme_kit.h"
 
 namespace rebate {

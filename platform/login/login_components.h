@@ -20,12 +20,12 @@ inline constexpr std::string_view kGlData = "TALEBCGLView.GLData";
 
 // What the stand-ins answer, for the whole process: who is logged in and where data rights apply.
 struct LoginAnswers {
-  Long app_user = 1;              // the login properties UserID
-  bool need_authrize = false;     // whether data rights apply at all
-  Text authrize_item_class_list;  // to which item classes, as in "8,1"
-  Text props_string;              // the login property PropsString, which the security component is asked with
-  Long outer_login = 0;           // 1: properties come from the cache facade; 0: from the shared properties
-  std::vector<Text> failing;      // program identifiers that can't be created
+  Long app_user = 1;                   // the login properties UserID
+  bool need_authrize = false;          // whether data rights apply at all
+  Text authrize_item_class_list = {};  // to which item classes, as in "8,1"
+  Text props_string = {};              // the login property PropsString, which the security component is asked with
+  Long outer_login = 0;                // 1: properties come from the cache facade; 0: from the shared properties
+  std::vector<Text> failing = {};      // program identifiers that can't be created
 };
 
 // Sets the answers from now on; they start as declared above.
