@@ -31,8 +31,8 @@ class OdbcConnection : public Connection {
 
   void CommitWork() override {
     if (unit_ == Unit::Begun) {
-      RequireLink();
       try {
+        RequireLink();
         Watch([&] { link_->Commit(); });
       } catch (...) {
         RollbackWork();
@@ -61,8 +61,9 @@ class OdbcConnection : public Connection {
   // What is left of a unit whose connection was lost must not run: its first half is undone.
   void RequireLink() const {
     if (link_) return;
-    throw Error(database_error::kConnection, "ODBC",
-                "The connection to the server was lost earlier in this unit of work, which is undone.");
+    throw Error(
+        database_error::kConnection, "ODBC",
+        "The connection to the server, or its transaction, was lost earlier in this unit of work, which is undone.");
   }
 
   void Begin() {
@@ -84,7 +85,7 @@ class OdbcConnection : public Connection {
     }
   }
 
-  // Runs `act`; lets go of the connection where it shows that the server is gone.
+  // Runs `act`; lets go of the connection where it shows that the server, or what was done there, is gone.
   template <typename Act>
   void Watch(Act act) {
     try {
