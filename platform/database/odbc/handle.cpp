@@ -26,7 +26,9 @@ bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefi
 }
 
 Long Number(const std::vector<Diagnostic>& diagnostics) {
-  if (TellsOfLostConnection(diagnostics)) return database_error::kConnection;
+  for (const std::string_view lost : {"08", "HYT01", "40"}) {
+    if (AnyState(diagnostics, lost)) return database_error::kConnection;
+  }
   // Not every driver has the server's "cancelled" translated; nobody but the time limit cancels a statement here.
   if (AnyState(diagnostics, "HYT00") || AnyState(diagnostics, "57014")) return database_error::kTimeout;
   if (AnyState(diagnostics, "23")) return database_error::kConstraint;
@@ -52,10 +54,6 @@ std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle) {
     diagnostics.push_back({FromWide({FromSql(state), 5}), Text(WithoutComponents(message))});
   }
   return diagnostics;
-}
-
-bool TellsOfLostConnection(const std::vector<Diagnostic>& diagnostics) {
-  return AnyState(diagnostics, "08") || AnyState(diagnostics, "HYT01");
 }
 
 Error ToError(const std::vector<Diagnostic>& diagnostics) {
