@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -57,7 +58,7 @@ struct Select;
 using ExpressionPtr = std::unique_ptr<Expression>;
 using SelectPtr = std::unique_ptr<Select>;
 
-enum class LiteralKind { Integer, Decimal, Float, String, NationalString };  // 12  1.5  1e3  'a'  N'a'
+enum class LiteralKind : std::uint8_t { Integer, Decimal, Float, String, NationalString };  // 12  1.5  1e3  'a'  N'a'
 
 struct Literal {
   LiteralKind kind;
@@ -69,7 +70,7 @@ struct ColumnReference {
   Text name;
 };
 struct VariableReference {
-  Text name;  // with its '@'; system functions such as @@identity too, with both
+  Text name;  // with its '@'; system functions such as @@identity too, with both; either is known to exist
 };
 enum class UnaryOperator { Minus, Plus, Not, BitNot };
 struct Unary {
@@ -112,6 +113,7 @@ struct Cast {
   bool convert = false;  // written as convert(type, operand [, style])
   ExpressionPtr style;   // null where not given
 };
+// `iif(condition, a, b)` is a searched case, too.
 struct CaseBranch {
   ExpressionPtr when;
   ExpressionPtr then;
@@ -154,6 +156,9 @@ struct ScalarSelect {
   SelectPtr select;
 };
 
+// Where a condition is due (where, having, on, if, while, a searched case's when, the operands of and, or, not) the
+// node is one, and everywhere else it is a value: the parser sees to it. Chains of `and` and of `or` come as balanced
+// trees.
 struct Expression {
   std::variant<Literal, NullLiteral, ColumnReference, VariableReference, Unary, Binary, FunctionCall, Cast, Case,
                InList, InSelect, Exists, Between, Like, IsNull, ScalarSelect>
@@ -213,7 +218,8 @@ struct SelectCore {
   ExpressionPtr having;
 };
 
-// Cores joined by set operators, left to right: `operators[i]` stands between `cores[i]` and `cores[i + 1]`.
+// Cores joined by set operators, strictly left to right (what binds otherwise comes as `select * from (...)`):
+// `operators[i]` stands between `cores[i]` and `cores[i + 1]`.
 struct Select {
   std::vector<SelectCore> cores;
   std::vector<SetOperator> operators;
@@ -237,7 +243,8 @@ struct Insert {
   bool default_values = false;
 };
 struct Assignment {
-  Text column;  // empty where only a variable is assigned
+  Text qualifier;  // of the column; empty where not given
+  Text column;     // empty where only a variable is assigned
   Text variable;
   ExpressionPtr value;  // null for `default`
 };
@@ -261,6 +268,7 @@ struct ColumnDefinition {
   bool nullable = true;
   bool identity = false;
   std::int64_t identity_seed = 1;
+  std::int64_t identity_step = 1;
   bool primary_key = false;
   bool unique = false;
   ExpressionPtr default_value;  // null where none
@@ -289,7 +297,7 @@ struct CreateView {
 };
 enum class ObjectKind { Table, View, Index };
 struct Drop {
-  ObjectKind kind;
+  ObjectKind kind = ObjectKind::Table;
   std::vector<ObjectName> names;  // of an index: owner is the table's name where written `table.index`
   Text on_table;                  // drop index name on table
   bool if_exists = false;
@@ -312,9 +320,12 @@ struct SetVariable {
   Text variable;
   ExpressionPtr value;
 };
-struct SetOption {  // set nocount on and the like: known by name, without an effect here
-  Text option;
-  Text value;
+// `set nocount on` and the like. Only values that keep the meaning of the statements behind them get here; the one
+// option with an effect is `identity_insert`.
+struct SetOption {
+  Text option;  // in lower case
+  bool on = false;
+  ObjectName table;  // of identity_insert
 };
 struct Print {
   ExpressionPtr message;
@@ -337,6 +348,9 @@ struct Statement {
 
 struct Batch {
   Block statements;
+  // Literals whose values the tree holds (lengths of types, aliases in quotation marks, all in a view), rising: the
+  // tree serves only batches with the same texts there.
+  std::vector<std::size_t> pinned;
 };
 
 }  // namespace rebate::tsql

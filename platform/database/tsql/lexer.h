@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -8,13 +9,15 @@
 
 namespace rebate::tsql {
 
-enum class TokenKind { Word, QuotedName, Variable, Literal, Symbol, End };
+enum class TokenKind : std::uint8_t { Word, QuotedName, Variable, Literal, Symbol, End };
 
 struct Token {
-  TokenKind kind;
-  std::string_view text;  // as in the batch; of a QuotedName without its brackets or double quotes (']]' and '""' stay)
-  LiteralKind literal = LiteralKind::Integer;
-  std::size_t offset = 0;  // in the batch, in bytes
+  std::string_view
+      text;  // as in the batch; of a QuotedName and a string without the quotes (doubled ones stay doubled)
+  std::uint32_t offset = 0;   // in the batch, in bytes; of a QuotedName that of its opening quote
+  std::uint32_t literal = 0;  // of a Literal: its position among the literals of the batch
+  TokenKind kind = TokenKind::End;
+  LiteralKind literal_kind = LiteralKind::Integer;  // of a Literal
 };
 
 // A literal as it stands in a batch: of a string the inside of its quotes, with doubled quotes still doubled.
@@ -28,7 +31,9 @@ struct LiteralToken {
 Text LiteralText(const LiteralToken& literal);
 
 // What a batch is but for its literals, and its literals: one pass over the text, without comments and white space.
-// Words are folded to lower case; each literal leaves only its kind. Two batches with one shape parse to one tree.
+// Words stand in the key as written, since a result's columns are named as the statement writes them; each literal
+// leaves only its kind. Two batches with one shape parse to one tree, provided that the literals which the parser reads
+// itself (`Batch::pinned`) are the same, too.
 struct Shape {
   Text key;
   std::vector<LiteralToken> literals;  // they point into the batch
@@ -38,7 +43,10 @@ struct Shape {
 // unclosed quotation mark that can't stand there.
 void ReadShape(std::string_view batch, Shape& shape);
 
-// The tokens of `batch`, an End token last.
+// The tokens of `batch`, an End token last. Raises what ReadShape raises.
 std::vector<Token> Tokenize(std::string_view batch);
+
+// The name that a QuotedName token encloses, its doubled closing quotes made single.
+Text QuotedNameText(std::string_view batch, const Token& token);
 
 }  // namespace rebate::tsql
