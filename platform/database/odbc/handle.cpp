@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace rebate::odbc {
 namespace {
@@ -16,8 +17,10 @@ std::string_view WithoutComponents(std::string_view message) {
     message.remove_prefix(close + 1);
     if (is_server) break;
   }
-  const std::size_t first = message.find_first_not_of(" \r\n");
-  return first == std::string_view::npos ? std::string_view() : message.substr(first);
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t first = message.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return message.substr(first, message.find_last_not_of(kBlanks) - first + 1);
 }
 
 bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefix) {
@@ -58,8 +61,10 @@ std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle) {
 
 Error ToError(const std::vector<Diagnostic>& diagnostics) {
   Text description;
+  std::string_view before;
   for (const Diagnostic& diagnostic : diagnostics) {
-    if (diagnostic.message.empty()) continue;
+    const bool repeats = diagnostic.message == std::exchange(before, diagnostic.message);
+    if (repeats || diagnostic.message.empty()) continue;
     if (!description.empty()) description += '\n';
     description += diagnostic.message;
   }

@@ -51,10 +51,11 @@ Text Advice(const std::vector<Diagnostic>& diagnostics) {
 }
 
 Error CannotConnect(const Settings& settings, const std::vector<Diagnostic>& diagnostics) {
-  Text description = "The account on the server (" + WithoutSecrets(settings.driver_text) +
-                     ") can't be opened: " + ToError(diagnostics).description + "\n" + Advice(diagnostics);
-  for (const Text& secret : settings.secrets) description = Replace(description, secret, "***");
-  return Error(database_error::kConnection, "ODBC", description);
+  Text reason = ToError(diagnostics).description;
+  for (const Text& secret : settings.secrets) reason = Replace(reason, secret, "***");
+  return Error(database_error::kConnection, "ODBC",
+               "The account on the server (" + WithoutSecrets(settings.driver_text) + ") can't be opened: " + reason +
+                   "\n" + Advice(diagnostics));
 }
 
 bool IsSqlServer(const Session& session) {
