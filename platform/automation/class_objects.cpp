@@ -30,7 +30,17 @@ Text Folded(std::string_view program_id) {
 void RegisterClass(std::string_view program_id, ClassFactory factory) {
   Registry& registry = TheRegistry();
   const std::lock_guard lock(registry.mutex);
-  registry.factories[Folded(program_id)] = std::move(factory);
+  if (factory) {
+    registry.factories[Folded(program_id)] = std::move(factory);
+  } else {
+    registry.factories.erase(Folded(program_id));
+  }
+}
+
+bool IsClassRegistered(std::string_view program_id) {
+  Registry& registry = TheRegistry();
+  const std::lock_guard lock(registry.mutex);
+  return registry.factories.contains(Folded(program_id));
 }
 
 ObjectRef CreateObject(std::string_view program_id) {

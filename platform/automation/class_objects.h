@@ -12,8 +12,11 @@ namespace rebate {
 using ClassFactory = std::function<ObjectRef()>;
 
 // Puts a class under its program identifier (compared without regard to case) for the whole process, in place of one
-// that stands there. A host registers its own login components in this way.
+// that stands there; a null factory takes it away. A host registers its own login components in this way.
 void RegisterClass(std::string_view program_id, ClassFactory factory);
+
+// Whether a class stands under the program identifier.
+bool IsClassRegistered(std::string_view program_id);
 
 // A new object of the class. Raises 429 where none is registered, and what the factory raises.
 ObjectRef CreateObject(std::string_view program_id);

@@ -112,7 +112,7 @@ struct Slot {
 };
 
 template <typename Class, typename Result, typename... Arguments, std::size_t... Index>
-Variant Call(Class& object, Result (Class::*method)(Arguments...), std::span<Variant> values,
+Variant Call(Class& object, Result (Class::*method)(Arguments...), [[maybe_unused]] std::span<Variant> values,
              std::index_sequence<Index...>) {
   std::tuple<Slot<Arguments>...> slots(values[Index]...);
   if constexpr (std::is_void_v<Result>) {

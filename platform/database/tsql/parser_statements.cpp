@@ -67,7 +67,7 @@ void Parser::FailStatement() {
   // A batch that begins with a name calls the procedure of that name.
   if (at_ == 0 && IsName()) {
     const Token& name = Take();
-    if (!AtEnd() && !IsSymbol(".")) Take();
+    if (IsName() || Peek().kind == TokenKind::Literal) Take();
     if (AtEnd()) ThrowSyntax("Could not find stored procedure '" + Text(name.text) + "'.");
   }
   FailHere();

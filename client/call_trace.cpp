@@ -1,0 +1,39 @@
+#include "client/call_trace.h"
+
+#include "client/json_values.h"
+
+namespace rebate {
+
+void CallTrace::Opening(std::string_view dsn) {
+  entries_.push_back({{"open", dsn}});
+}
+
+void CallTrace::VotingAbort() {
+  entries_.push_back({{"vote", "abort"}});
+}
+
+void CallTrace::VotingComplete() {
+  entries_.push_back({{"vote", "complete"}});
+}
+
+void CallTrace::Connecting() {
+  entries_.push_back({{"connection", true}});
+}
+
+void CallTrace::Executing(std::string_view text) {
+  entries_.push_back({{"execute", text}});
+}
+
+void CallTrace::Refused(const Error& error) {
+  for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
+    if (!entry->contains("execute")) continue;
+    (*entry)["error"] = ErrorToJson(error);
+    return;
+  }
+}
+
+void CallTrace::CallingComponent(std::string_view program_id, std::string_view member) {
+  entries_.push_back({{"component", program_id}, {"member", member}});
+}
+
+}  // namespace rebate

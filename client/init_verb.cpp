@@ -1,0 +1,82 @@
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+
+#include "client/progress.h"
+#include "client/tool.h"
+#include "model/account_script.h"
+#include "platform/automation/error.h"
+#include "platform/login/data_source.h"
+
+namespace rebate {
+namespace {
+
+struct InitOptions {
+  Text dsn;
+  bool sample = false;
+  bool json = false;
+};
+
+std::vector<std::string_view> BatchesOf(const InitOptions& options) {
+  std::vector<std::string_view> batches = Batches(AccountSchema());
+  if (options.sample) {
+    for (const std::string_view batch : Batches(AccountSample())) batches.push_back(batch);
+  }
+  return batches;
+}
+
+// The account stands whole or not at all.
+void FillAccount(Connection& connection, const std::vector<std::string_view>& batches, Progress& progress) {
+  connection.BeginWork();
+  try {
+    for (const std::string_view batch : batches) {
+      connection.Execute(batch);
+      progress.Step();
+    }
+    connection.CommitWork();
+  } catch (...) {
+    connection.RollbackWork();
+    throw;
+  }
+}
+
+void RemoveFile(const Text& path) {
+  std::error_code ignored;
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) std::filesystem::remove(path + suffix, ignored);
+}
+
+void Init(const InitOptions& options, Tool& tool) {
+  const DataSource source = DataSource::Parse(options.dsn);
+  const std::vector<std::string_view> batches = BatchesOf(options);
+  const Text name = source.embedded ? source.path : WithoutPasswords(options.dsn);
+  ConnectionRef connection = ConnectForSetup(source);
+  try {
+    Progress progress(tool.err, tool.progress, "making " + name, batches.size());
+    FillAccount(*connection, batches, progress);
+  } catch (const Error&) {
+    connection = nullptr;
+    if (source.embedded) RemoveFile(source.path);
+    throw;
+  }
+  if (options.json) {
+    tool.out << "{\"sample\":" << (options.sample ? "true" : "false") << "}\n";
+  } else {
+    tool.out << "Made the account " << name << (options.sample ? " with sample data.\n" : ".\n");
+  }
+}
+
+}  // namespace
+
+void AddInitVerb(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<InitOptions>();
+  CLI::App* verb = app.add_subcommand("init", "Make an account: its tables and views, and the rebate types");
+  verb->add_option("DSN", options->dsn,
+                   "The account: a new file such as shop.db, or Key=Value;… text of an empty database")
+      ->required();
+  verb->add_flag("--sample", options->sample, "Fill in sample suppliers, customers, goods, units and users");
+  verb->add_flag("--json", options->json, "Print JSON");
+  verb->footer("Example: rebate init shop.db --sample");
+  verb->callback([options, &tool] { Init(*options, tool); });
+}
+
+}  // namespace rebate

@@ -1,0 +1,82 @@
+#include "client/late_call.h"
+
+#include <nlohmann/json.hpp>
+
+#include "client/call_thread.h"
+#include "client/json_values.h"
+
+namespace rebate {
+namespace {
+
+constexpr Long kNoSuchArgument = 448;
+constexpr const char* kSource = "rebate call";
+constexpr std::string_view kDsnArgument = "sDsn";
+
+Text ArgumentNames(const Member& member) {
+  Text names;
+  for (const Parameter& parameter : member.parameters) names += (names.empty() ? "" : ", ") + parameter.name;
+  return names.empty() ? "none" : names;
+}
+
+}  // namespace
+
+LateCall::LateCall(Instances& instances, const Text& operation, const Json& args, const std::optional<Text>& dsn) {
+  const std::size_t point = operation.find('.');
+  if (point == Text::npos) {
+    throw Error(error_number::kInvalidCall, kSource, "Unknown operation " + operation + ": it goes by Class.Member");
+  }
+  const Text member = operation.substr(point + 1);
+  object_ = instances.Of(operation.substr(0, point));
+  member_ = object_->Members().Find(member);
+  if (member_ == nullptr) {
+    throw Error(error_number::kNoSuchMember, kSource, "Object doesn't support this property or method: " + member);
+  }
+  values_.resize(member_->parameters.size(), Variant::Missing());
+  Fit(args);
+  CheckNoneMissing(dsn);
+}
+
+void LateCall::Fit(const Json& args) {
+  for (const auto& [name, value] : args.items()) {
+    const std::size_t at = PositionOf(name);
+    values_[at] = ArgumentFromJson(value, member_->parameters[at]);
+  }
+}
+
+void LateCall::CheckNoneMissing(const std::optional<Text>& dsn) {
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    const Parameter& parameter = member_->parameters[i];
+    if (!values_[i].IsMissing()) continue;
+    if (dsn && EqualsIgnoreCase(parameter.name, kDsnArgument)) {
+      values_[i] = *dsn;
+    } else if (!parameter.optional) {
+      throw Error(error_number::kNotOptional, kSource, "Argument not optional: " + parameter.name);
+    }
+  }
+}
+
+std::size_t LateCall::PositionOf(const Text& argument) const {
+  const std::vector<Parameter>& parameters = member_->parameters;
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    if (EqualsIgnoreCase(parameters[i].name, argument)) return i;
+  }
+  throw Error(kNoSuchArgument, kSource,
+              "Named argument not found: " + argument + "; " + member_->name + " takes " + ArgumentNames(*member_));
+}
+
+Json LateCall::Invoke() {
+  const Variant result = object_->Invoke(member_->name, values_);
+  if (member_->result.kind == DeclaredType::Kind::None) return nullptr;
+  return ToJson(result);
+}
+
+Json LateCall::ByRefArguments() const {
+  Json arguments = Json::object();
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    const Parameter& parameter = member_->parameters[i];
+    if (parameter.by_ref && !values_[i].IsMissing()) arguments[parameter.name] = ToJson(values_[i]);
+  }
+  return arguments;
+}
+
+}  // namespace rebate

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "client/json_text.h"
+#include "platform/automation/dispatch.h"
+
+namespace rebate {
+
+class Instances;
+
+// One call by names: the operation is "Class.Member", its arguments come by their names.
+class LateCall {
+ public:
+  // Finds the operation and fits the arguments to it; `dsn` stands for an `sDsn` that was left out. Raises 429 for an
+  // unknown class, 438 for an unknown member, 448 for an argument that the member doesn't have, 449 for one that is
+  // left out, and what a value raises that doesn't convert (see FromJson).
+  LateCall(Instances& instances, const Text& operation, const Json& args, const std::optional<Text>& dsn);
+
+  // Makes the call and gives its result, null where the member has none. Raises what the member raises.
+  Json Invoke();
+
+  // The by-ref arguments as they stand, by name.
+  Json ByRefArguments() const;
+
+ private:
+  void Fit(const Json& args);
+  void CheckNoneMissing(const std::optional<Text>& dsn);
+  std::size_t PositionOf(const Text& argument) const;
+
+  ObjectRef object_;
+  const Member* member_;
+  std::vector<Variant> values_;
+};
+
+}  // namespace rebate

@@ -1,0 +1,73 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "client/account.h"
+#include "client/json_values.h"
+#include "client/rebate_classes.h"
+#include "client/row_tables.h"
+#include "client/tool.h"
+#include "platform/containers/dictionary.h"
+
+namespace rebate {
+namespace {
+
+struct ListOptions : AccountOptions {
+  Text from, to, name, note;
+  std::optional<Long> id, type, rebate_class;
+  Long status = 1;
+};
+
+Ref<Dictionary> RequestOf(const ListOptions& options, Long rebate_class) {
+  auto request = New<Dictionary>();
+  request->SetValue("BegTxt", options.from);
+  request->SetValue("EndTxt", options.to);
+  if (options.id) request->SetValue("SchemeID", *options.id);
+  request->SetValue("SchemeName", options.name);
+  request->SetValue("Note", options.note);
+  if (options.type) request->SetValue("RebateType", *options.type);
+  request->SetValue("Status", options.status);
+  request->SetValue("RebateClassType", rebate_class);
+  return request;
+}
+
+void PrintSchemes(const ListOptions& options, Tool& tool) {
+  Account account(options.dsn);
+  auto schemes = New<Vector>();
+  for (const Long rebate_class : ClassesToShow(options.rebate_class)) {
+    const auto found = ObjectAs<Vector>(account.Call("LoadSchemeListData", {RequestOf(options, rebate_class)}));
+    if (!found) account.ThrowFailure("The schemes of class " + std::to_string(rebate_class) + " can't be listed");
+    AddAll(found, *schemes);
+  }
+  if (options.json) {
+    tool.out << JsonLine(ToJson(schemes)) << '\n';
+    return;
+  }
+  const std::vector<RowColumn> columns = {
+      {"Scheme", "FSchemeID", true}, {"Name", "FSchemeName"},   {"Type", "FRebateMode"},     {"Status", "FEnable"},
+      {"Organisations", "FOrg"},     {"Checker", "FCheckerID"}, {"Modified", "FModifyDate"}, {"Note", "FNote"}};
+  RowTable(columns, *schemes).Print(tool.out, tool.width);
+}
+
+}  // namespace
+
+void AddListVerb(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<ListOptions>();
+  CLI::App* verb = app.add_subcommand("list", "List the schemes that match all of the filters");
+  AddAccountOptions(*verb, *options);
+  verb->add_option("--from", options->from, "Schemes with an organisation whose number is not below this");
+  verb->add_option("--to", options->to, "Schemes with an organisation whose number is not above this");
+  verb->add_option("--id", options->id, "The scheme with this id");
+  verb->add_option("--name", options->name, "Schemes whose name holds this");
+  verb->add_option("--note", options->note, "Schemes whose note holds this");
+  verb->add_option("--type", options->type, "Schemes of this rebate type, such as 2041");
+  const std::map<std::string, Long> statuses = {{"disabled", 0}, {"enabled", 1}, {"all", 2}};
+  verb->add_option("--status", options->status, "enabled (the default), disabled or all")
+      ->type_name("STATUS")
+      ->transform(CLI::CheckedTransformer(statuses).description(""));
+  verb->add_option("--class", options->rebate_class, "Only this rebate class: 24 suppliers, 32 customers, 40 salesmen");
+  verb->footer("Example: rebate list --dsn shop.db --status all --class 24 --name 年度");
+  verb->callback([options, &tool] { PrintSchemes(*options, tool); });
+}
+
+}  // namespace rebate

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <ostream>
+
+#include "platform/automation/types.h"
+
+namespace rebate {
+
+// A counter line on a terminal, such as `making shop.db: 12/40`, wiped when the work ends; shows nothing elsewhere.
+class Progress {
+ public:
+  Progress(std::ostream& err, bool shown, Text what, std::size_t total)
+      : err_(err), shown_(shown && total > 1), what_(std::move(what)), total_(total) {}
+  ~Progress() {
+    if (shown_) err_ << "\r\033[K" << std::flush;
+  }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void Step() {
+    if (shown_) err_ << '\r' << what_ << ": " << ++done_ << '/' << total_ << "\033[K" << std::flush;
+  }
+
+ private:
+  std::ostream& err_;
+  bool shown_;
+  Text what_;
+  std::size_t total_;
+  std::size_t done_ = 0;
+};
+
+}  // namespace rebate

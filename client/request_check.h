@@ -1,0 +1,21 @@
+#pragma once
+
+#include <vector>
+
+#include "client/json_text.h"
+
+namespace rebate {
+
+// What is wrong with the shape of a save request, each with its place, such as
+// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1; at most ten. A request is an object with
+//   SchemeConst      the row of the rebate type; or FRebateType alone, the type's code
+//   SchemeMainData   {FSchemeName, [FSchemeID], [FNote], [FCheckerID]}
+//   AllRangesData    [{FLowerLimit, FUpperLimit}]
+//   AllOrgsData      [{FRowID, FItemClassID, FItemID, FShowName, [CheckPoints]}]
+//   AllGridRows      [{[FItemIDs], [FCheckItems], [FRebateRates], [FZH]}]
+// in which FItemIDs holds {FRowID, FItemID, FUnitID, FShowName}, FCheckItems {FRowID, FItemClassID, FItemID} and
+// FRebateRates {FRowID, FRebateRate, FIndex}. Keys in brackets may be left out. An id is an integer, an amount a
+// number, and either may be a text that reads as one.
+std::vector<Text> RequestProblems(const Json& request);
+
+}  // namespace rebate

@@ -1,0 +1,86 @@
+#include "client/result_output.h"
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "client/json_text.h"
+#include "client/table.h"
+#include "platform/automation/conversion.h"
+#include "platform/database/recordset.h"
+
+namespace rebate {
+namespace {
+
+bool IsNumber(VariantType type) {
+  switch (type) {
+    case VariantType::Short:
+    case VariantType::Long:
+    case VariantType::Single:
+    case VariantType::Double:
+    case VariantType::Currency:
+    case VariantType::Decimal:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// A column stands at the right where its first value is a number.
+std::vector<Table::Column> ColumnsOf(Recordset& rows) {
+  std::vector<Table::Column> columns;
+  for (std::size_t i = 0; i < rows.FieldCount(); ++i) {
+    columns.push_back({rows.FieldName(i), !rows.Eof() && IsNumber(rows.FieldValue(i).type())});
+  }
+  return columns;
+}
+
+// A decimal's digits are a JSON number as they stand; a float could not hold them all.
+Text JsonOf(const Variant& value) {
+  switch (value.type()) {
+    case VariantType::Null:
+    case VariantType::Empty:
+      return "null";
+    case VariantType::Boolean:
+      return value.integer() != 0 ? "true" : "false";
+    case VariantType::Short:
+    case VariantType::Long:
+    case VariantType::Currency:
+    case VariantType::Decimal:
+      return ToText(value);
+    case VariantType::Single:
+    case VariantType::Double:
+      return JsonLine(value.real());
+    default:
+      return JsonLine(ToText(value));
+  }
+}
+
+}  // namespace
+
+void PrintTable(Recordset& rows, std::ostream& out, std::size_t width) {
+  rows.MoveFirst();
+  Table table(ColumnsOf(rows));
+  for (; !rows.Eof(); rows.MoveNext()) {
+    std::vector<Text> cells;
+    for (std::size_t i = 0; i < rows.FieldCount(); ++i) {
+      const Variant value = rows.FieldValue(i);
+      cells.push_back(value.IsNull() ? "NULL" : ToText(value));
+    }
+    table.Add(std::move(cells));
+  }
+  table.Print(out, width);
+  out << '(' << table.row_count() << (table.row_count() == 1 ? " row)\n" : " rows)\n");
+}
+
+void PrintJsonRows(Recordset& rows, std::ostream& out) {
+  std::vector<Text> keys;
+  for (std::size_t i = 0; i < rows.FieldCount(); ++i) {
+    keys.push_back((i == 0 ? "{" : ",") + JsonLine(rows.FieldName(i)) + ":");
+  }
+  for (rows.MoveFirst(); !rows.Eof(); rows.MoveNext()) {
+    for (std::size_t i = 0; i < keys.size(); ++i) out << keys[i] << JsonOf(rows.FieldValue(i));
+    out << "}\n";
+  }
+}
+
+}  // namespace rebate

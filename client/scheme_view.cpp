@@ -1,0 +1,97 @@
+#include "client/scheme_view.h"
+
+#include <map>
+#include <ostream>
+
+#include "client/row_tables.h"
+#include "platform/containers/dictionary.h"
+#include "platform/containers/vector.h"
+#include "platform/database/recordset.h"
+
+namespace rebate {
+namespace {
+
+// The display name of the scheme's rebate type, empty where the account no longer offers it.
+Text TypeName(const Dictionary& scheme, const Text& type) {
+  const auto types = ObjectAs<Vector>(scheme.GetValue("SchemeConst"));
+  for (Long i = 1; types && i <= types->Size(); ++i) {
+    const auto row = ObjectAs<Dictionary>(types->Item(i));
+    if (CellText(*row, "FRebateType") == type) return CellText(*row, "FTypeName");
+  }
+  return {};
+}
+
+void PrintHead(const Dictionary& scheme, std::ostream& out) {
+  const auto head = ObjectAs<Dictionary>(scheme.Value("SchemeMain"));
+  const Text type = CellText(*head, "FRebateType");
+  const std::pair<std::string_view, Text> lines[] = {
+      {"Scheme", CellText(*head, "FSchemeID") + "  " + CellText(*head, "FSchemeName")},
+      {"Type", type + "  " + TypeName(scheme, type)},
+      {"Enabled", CellText(*head, "FEnable") == "1" ? "yes" : "no"},
+      {"Checker", CellText(*head, "FCheckerName")},
+      {"Modified", CellText(*head, "FModifyDate")},
+      {"Note", CellText(*head, "FNote")},
+  };
+  for (const auto& [title, value] : lines) {
+    out << title << (value.empty() ? Text() : Text(10 - title.size(), ' ') + value) << '\n';
+  }
+}
+
+// Prints a section, but for one without rows.
+void PrintSection(std::string_view title, const Table& table, std::ostream& out, std::size_t width) {
+  if (table.row_count() == 0) return;
+  out << '\n' << title << '\n';
+  table.Print(out, width);
+}
+
+// The rates as they are thought of: one line a grid row, one column an amount range.
+Table RateTable(Recordset& rates, const Vector& ranges) {
+  std::vector<Table::Column> columns = {{"Row", true}};
+  std::map<Text, std::size_t> column_of;  // by the range's index
+  for (Long i = 1; i <= ranges.Size(); ++i) {
+    const auto range = ObjectAs<Dictionary>(ranges.Item(i));
+    column_of[CellText(*range, "FIndex")] = columns.size();
+    columns.push_back({CellText(*range, "FLowerLimit") + " – " + CellText(*range, "FUpperLimit"), true});
+  }
+  Table table(columns);
+  std::vector<Text> line;
+  for (rates.MoveFirst(); !rates.Eof(); rates.MoveNext()) {
+    const Text row = CellText(rates.FieldValue("FRowID"));
+    if (line.empty() || line[0] != row) {
+      if (!line.empty()) table.Add(std::move(line));
+      line.assign(columns.size(), {});
+      line[0] = row;
+    }
+    const auto column = column_of.find(CellText(rates.FieldValue("FIndex")));
+    if (column != column_of.end()) line[column->second] = CellText(rates.FieldValue("FRebateRate"));
+  }
+  if (!line.empty()) table.Add(std::move(line));
+  return table;
+}
+
+}  // namespace
+
+void PrintScheme(const Dictionary& scheme, std::ostream& out, std::size_t width) {
+  const std::vector<RowColumn> range_columns = {
+      {"Range", "FIndex", true}, {"From", "FLowerLimit", true}, {"To", "FUpperLimit", true}};
+  const std::vector<RowColumn> organisation_columns = {{"Row", "FRowID", true}, {"Class", "FItemClassID", true},
+                                                       {"ID", "FItemID", true}, {"Number", "FNumber"},
+                                                       {"Name", "FName"},       {"Shown as", "FShowName"}};
+  const std::vector<RowColumn> goods_columns = {
+      {"Row", "FRowID", true}, {"ID", "FItemID", true}, {"Number", "FNumber"},    {"Name", "FName"},
+      {"Model", "FModel"},     {"Unit", "FUnitName"},   {"Shown as", "FShowName"}};
+  const std::vector<RowColumn> check_columns = {
+      {"Row", "FRowID", true}, {"Class", "FItemClassID", true}, {"ID", "FItemID", true}};
+  const auto ranges = ObjectAs<Vector>(scheme.Value("AllRanges"));
+  const auto recordset = [&](std::string_view key) { return ObjectAs<Recordset>(scheme.Value(key)); };
+
+  PrintHead(scheme, out);
+  PrintSection("Amount ranges", RowTable(range_columns, *ranges), out, width);
+  PrintSection("Organisations (ID 0: the whole class)", RowTable(organisation_columns, *recordset("AllOrgsRS")), out,
+               width);
+  PrintSection("Goods", RowTable(goods_columns, *recordset("AllItemsRS")), out, width);
+  PrintSection("Rates by row and range", RateTable(*recordset("AllRulesRS"), *ranges), out, width);
+  PrintSection("Check items", RowTable(check_columns, *recordset("AllChecksRS")), out, width);
+}
+
+}  // namespace rebate

@@ -1,0 +1,44 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "client/account.h"
+#include "client/json_values.h"
+#include "client/scheme_view.h"
+#include "client/tool.h"
+#include "platform/automation/conversion.h"
+#include "platform/containers/dictionary.h"
+
+namespace rebate {
+namespace {
+
+struct ShowOptions : AccountOptions {
+  Long id = 0;
+};
+
+void Show(const ShowOptions& options, Tool& tool) {
+  Account account(options.dsn);
+  const auto scheme = New<Dictionary>();
+  if (!ToBoolean(account.Call("LoadSchemeRowData", {options.id, scheme}))) {
+    const Text name = "Scheme " + std::to_string(options.id);
+    account.ThrowFailure(name + (scheme->Has("SchemeMain") ? " can't be read whole" : " does not exist"));
+  }
+  if (options.json) {
+    tool.out << JsonLine(ToJson(scheme)) << '\n';
+  } else {
+    PrintScheme(*scheme, tool.out, tool.width);
+  }
+}
+
+}  // namespace
+
+void AddShowVerb(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<ShowOptions>();
+  CLI::App* verb = app.add_subcommand("show", "Show one scheme with its ranges, organisations, goods and rates");
+  verb->add_option("ID", options->id, "The scheme's id, as `rebate list` gives it")->required();
+  AddAccountOptions(*verb, *options);
+  verb->footer("Example: rebate show 1 --dsn shop.db");
+  verb->callback([options, &tool] { Show(*options, tool); });
+}
+
+}  // namespace rebate

@@ -1,0 +1,79 @@
+#include <CLI/CLI.hpp>
+#include <iterator>
+#include <memory>
+
+#include "client/progress.h"
+#include "client/result_output.h"
+#include "client/tool.h"
+#include "model/account_script.h"
+#include "platform/automation/conversion.h"
+#include "platform/automation/error.h"
+#include "platform/login/data_source.h"
+
+namespace rebate {
+namespace {
+
+struct SqlOptions {
+  Text dsn;
+  std::optional<Text> text;
+  bool json = false;
+};
+
+// The batch stands whole or not at all.
+RecordsetRef RunBatch(Connection& connection, std::string_view batch) {
+  connection.BeginWork();
+  try {
+    RecordsetRef rows = connection.Execute(batch);
+    connection.CommitWork();
+    return rows;
+  } catch (...) {
+    connection.RollbackWork();
+    throw;
+  }
+}
+
+bool IsBlank(std::string_view batch) {
+  return batch.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+void RunSql(const SqlOptions& options, Tool& tool) {
+  const ConnectionRef connection = Connect(DataSource::Parse(options.dsn));
+  const Text text = options.text ? *options.text : Text(std::istreambuf_iterator<char>(tool.in), {});
+  std::vector<std::string_view> batches = Batches(text);
+  std::erase_if(batches, IsBlank);
+  Progress progress(tool.err, tool.progress && tool.width == 0, "batch", batches.size());
+  std::size_t number = 0;
+  for (const std::string_view batch : batches) {
+    ++number;
+    try {
+      if (const RecordsetRef rows = RunBatch(*connection, batch)) {
+        if (options.json) {
+          PrintJsonRows(*rows, tool.out);
+        } else {
+          PrintTable(*rows, tool.out, tool.width);
+        }
+      }
+    } catch (const Error& error) {
+      tool.out.flush();
+      const Text place = batches.size() > 1 ? "batch " + std::to_string(number) + ": " : Text();
+      throw Error(error.number, error.source, place + error.description);
+    }
+    progress.Step();
+  }
+}
+
+}  // namespace
+
+void AddSqlVerb(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<SqlOptions>();
+  CLI::App* verb = app.add_subcommand("sql", "Run Transact-SQL, batch by batch; each batch stands or falls by itself");
+  verb->add_option("DSN", options->dsn, "The account: a file such as shop.db, or Key=Value;… text")->required();
+  verb->add_option("TEXT", options->text, "The batches, a line GO between them; standard input where left out");
+  verb->add_flag("--json", options->json, "Print each row as one JSON object");
+  verb->footer(
+      "Prints the first row set of each batch and stops at the first batch that is refused.\n"
+      "Example: rebate sql shop.db \"select FItemID, FName from t_Supplier\"");
+  verb->callback([options, &tool] { RunSql(*options, tool); });
+}
+
+}  // namespace rebate

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+
+namespace CLI {
+class App;
+}
+
+namespace rebate {
+
+// What the tool reads from and writes to, and how it ends.
+struct Tool {
+  std::istream& in;
+  std::ostream& out;
+  std::ostream& err;
+  std::size_t width = 0;  // columns of the terminal that `out` is, 0 where it is none
+  bool progress = false;  // whether `err` is a terminal, on which progress may be shown
+  int status = 0;         // 1 once something was refused or failed
+};
+
+// Runs the command line and gives the exit status: 0 done, 1 refused or failed with the reason on `err`, 2 wrong usage.
+int RunTool(int argc, const char* const* argv, Tool& tool);
+
+// Each adds one verb. A verb raises where it fails; `app` and `tool` outlive the run.
+void AddInitVerb(CLI::App& app, Tool& tool);
+void AddSqlVerb(CLI::App& app, Tool& tool);
+void AddTypesVerb(CLI::App& app, Tool& tool);
+void AddSaveVerb(CLI::App& app, Tool& tool);
+void AddShowVerb(CLI::App& app, Tool& tool);
+void AddListVerb(CLI::App& app, Tool& tool);
+void AddCallVerb(CLI::App& app, Tool& tool);
+
+}  // namespace rebate

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/login/data_context.h"
+#include "platform/login/data_source.h"
+
+namespace rebate {
+
+// A connection that outlives the calls made on it.
+struct PooledConnection : RefCounted {
+  using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;  // device and inode
+
+  Text dsn;
+  ConnectionRef connection;
+  std::optional<FileIdentity> file;  // of an embedded account, as it was when the connection was opened
+  bool busy = false;                 // a call is being made on it
+  bool broken = false;               // it failed as a connection and is of no more use
+};
+
+// The open connections of one thread, one for each data source text.
+class ConnectionPool {
+ public:
+  using Connector = std::function<ConnectionRef(const DataSource&)>;
+
+  explicit ConnectionPool(Connector connect = Connect) : connect_(std::move(connect)) {}
+
+  // A connection to `source`, which `dsn` names: the one from before where it is idle and sound and the account's file
+  // is still the same, else a new one. Raises what connecting raises.
+  Ref<PooledConnection> Take(const Text& dsn, const DataSource& source);
+
+ private:
+  // Past this number the connection that was idle longest is closed.
+  static constexpr std::size_t kMostKept = 16;
+
+  void MakeRoom();
+
+  Connector connect_;
+  std::vector<Ref<PooledConnection>> kept_;  // used last stands last
+};
+
+// A context whose connections come from the pool.
+Ref<DataContext> MakeDataContext(std::shared_ptr<ConnectionPool> pool);
+
+}  // namespace rebate

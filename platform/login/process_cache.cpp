@@ -1,0 +1,74 @@
+#include "platform/login/process_cache.h"
+
+#include <map>
+#include <mutex>
+
+#include "platform/automation/dispatch.h"
+
+namespace rebate {
+namespace {
+
+struct Place {
+  std::mutex mutex;
+  ObjectRef cache;
+};
+
+Place& ThePlace() {
+  static Place place;
+  return place;
+}
+
+class ProcessCache : public Object {
+ public:
+  bool LookUp(const Text& key) {
+    const std::lock_guard lock(mutex_);
+    return entries_.contains(key);
+  }
+  Variant Item(const Text& key) {
+    const std::lock_guard lock(mutex_);
+    const auto found = entries_.find(key);
+    return found == entries_.end() ? Variant() : found->second;
+  }
+  void SetItem(const Text& key, const Variant& value) {
+    const std::lock_guard lock(mutex_);
+    entries_[key] = value;
+  }
+
+  const MemberTable& Members() const override {
+    static const MemberTable members{
+        dispatch::Method("LookUp", &ProcessCache::LookUp, {"Key"}),
+        dispatch::Method("Item", &ProcessCache::Item, {"Key"}),
+        dispatch::Method("", &ProcessCache::Item, {"Key"}),
+        dispatch::Method("SetItem", &ProcessCache::SetItem, {"Key", "Value"}),
+    };
+    return members;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<Text, Variant> entries_;
+};
+
+}  // namespace
+
+void PutProcessCache(ObjectRef cache) {
+  Place& place = ThePlace();
+  const std::lock_guard lock(place.mutex);
+  std::swap(place.cache, cache);
+}
+
+void DropProcessCache() {
+  PutProcessCache(nullptr);
+}
+
+ObjectRef FindProcessCache() {
+  Place& place = ThePlace();
+  const std::lock_guard lock(place.mutex);
+  return place.cache;
+}
+
+ObjectRef NewProcessCache() {
+  return New<ProcessCache>();
+}
+
+}  // namespace rebate

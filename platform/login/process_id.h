@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/automation/types.h"
+
+namespace rebate {
+
+// The number of this process.
+Long CurrentProcessId();
+
+}  // namespace rebate

@@ -1,0 +1,69 @@
+#include "service/call_frame.h"
+
+#include <new>
+
+namespace rebate {
+namespace {
+
+constexpr Long kOutOfMemory = 7;
+constexpr Long kInternal = 51;
+constexpr std::string_view kReraiseSource = "BaseInfoMgr:UpdateBatch";
+
+}  // namespace
+
+CallFrame::CallFrame() : context_(TheGlobalApplication().GetContext()) {
+  user_info_ = context_->GetUserInfo();
+}
+
+void CallFrame::OpenDataContext(const Text& dsn) {
+  context_ = TheGlobalApplication().GetContext();
+  context_->Open(dsn);
+}
+
+bool CallFrame::ResetsResult(OnFailure on_failure) {
+  return on_failure == OnFailure::Swallow || on_failure == OnFailure::SwallowAndAbort;
+}
+
+void CallFrame::Report(const Error& error, Ref<Dictionary>& result) {
+  if (!result) result = New<Dictionary>();
+  result->SetValue("OK", false);
+  result->SetValue("Err", "错误号：" + std::to_string(error.number) + "," + error.description);
+}
+
+void CallFrame::Vote(OnFailure on_failure, const Error& error) {
+  switch (on_failure) {
+    case OnFailure::Swallow:
+    case OnFailure::Leave:
+      return;
+    case OnFailure::SwallowAndAbort:
+    case OnFailure::ReportInResult:
+      context_->VoteAbort();
+      return;
+    case OnFailure::SwallowAndComplete:
+      context_->VoteComplete();
+      return;
+    case OnFailure::Reraise:
+      context_->VoteAbort();
+      Error raised = error;
+      raised.source = kReraiseSource;
+      throw raised;
+  }
+}
+
+Error CallFrame::CurrentError() {
+  try {
+    throw;
+  } catch (const Error& error) {
+    return error;
+  } catch (const std::bad_alloc&) {
+    return Error(kOutOfMemory, "", "Out of memory");
+  } catch (const std::exception& error) {
+    return Error(kInternal, "", error.what());
+  }
+}
+
+void Refuse(std::string_view source, std::string_view description) {
+  throw Error(error_number::kInvalidCall, Text(source), Text(description));
+}
+
+}  // namespace rebate

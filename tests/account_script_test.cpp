@@ -1,0 +1,107 @@
+#include "model/account_script.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "model/rebate_type.h"
+#include "platform/automation/error.h"
+#include "platform/database/tsql/parser.h"
+
+namespace rebate {
+namespace {
+
+using tsql::Statement;
+
+TEST(Batches, StandBetweenLinesOfGo) {
+  const struct {
+    std::string_view script;
+    std::vector<std::string_view> batches;
+  } cases[] = {
+      {"", {}},
+      {"select 1", {"select 1"}},
+      {"select 1\nGO\nselect 2\r\n  go \r\nselect 3\nGo", {"select 1\n", "select 2\r\n", "select 3\n"}},
+      {"GO\n\n  \nGO\n\tGO\t\n", {}},
+      {"select go\nGO 5\nlogo\ngo;", {"select go\nGO 5\nlogo\ngo;"}},
+      {"a\nGO\n b", {"a\n", " b"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Batches(c.script), c.batches) << c.script;
+}
+
+// The statements of a script, batch by batch; a batch that doesn't parse fails the test.
+std::vector<tsql::Batch> Parsed(std::string_view script) {
+  std::vector<tsql::Batch> parsed;
+  for (const std::string_view batch : Batches(script)) {
+    try {
+      parsed.push_back(tsql::Parse(batch));
+    } catch (const Error& error) {
+      ADD_FAILURE() << error.description << "\n" << batch;
+    }
+  }
+  return parsed;
+}
+
+template <typename Node>
+std::vector<const Node*> All(const std::vector<tsql::Batch>& batches) {
+  std::vector<const Node*> nodes;
+  for (const tsql::Batch& batch : batches) {
+    for (const tsql::StatementPtr& statement : batch.statements) {
+      if (const auto* node = std::get_if<Node>(&statement->node)) nodes.push_back(node);
+    }
+  }
+  return nodes;
+}
+
+TEST(AccountSchema, IndexesAndFillsColumnsThatItsTablesHave) {
+  const std::vector<tsql::Batch> schema = Parsed(AccountSchema());
+  std::vector<tsql::Batch> sample = Parsed(AccountSample());
+  const std::vector<const tsql::CreateTable*> tables = All<tsql::CreateTable>(schema);
+  ASSERT_EQ(tables.size(), 17u);
+  EXPECT_EQ(All<tsql::CreateView>(schema).size(), 2u);
+
+  const auto expect_columns = [&](const Text& table, const std::vector<Text>& columns) {
+    const auto found = std::find_if(tables.begin(), tables.end(),
+                                    [&](const tsql::CreateTable* candidate) { return candidate->table.name == table; });
+    ASSERT_NE(found, tables.end()) << table;
+    for (const Text& column : columns) {
+      EXPECT_TRUE(std::any_of((*found)->columns.begin(), (*found)->columns.end(),
+                              [&](const tsql::ColumnDefinition& definition) { return definition.name == column; }))
+          << table << "." << column;
+    }
+  };
+  for (const tsql::CreateIndex* index : All<tsql::CreateIndex>(schema))
+    expect_columns(index->table.name, index->columns);
+  for (const tsql::Insert* insert : All<tsql::Insert>(schema)) expect_columns(insert->table.name, insert->columns);
+  for (const tsql::Insert* insert : All<tsql::Insert>(sample)) expect_columns(insert->table.name, insert->columns);
+}
+
+// Inserts name some columns only: no other may insist on a value.
+TEST(AccountSchema, AsksForNoValueButItsKeys) {
+  for (const std::vector<tsql::Batch> schema = Parsed(AccountSchema());
+       const auto* table : All<tsql::CreateTable>(schema)) {
+    for (const tsql::ColumnDefinition& column : table->columns) {
+      const bool key = column.primary_key || std::any_of(table->keys.begin(), table->keys.end(), [&](const auto& each) {
+                         return std::count(each.columns.begin(), each.columns.end(), column.name) > 0;
+                       });
+      EXPECT_TRUE(column.nullable || key) << table->table.name << "." << column.name;
+    }
+  }
+}
+
+TEST(AccountSchema, OffersEveryRebateTypeTheComponentKnows) {
+  const Text schema(AccountSchema());
+  for (const Long first : {2040, 3020, 4020}) {
+    for (Long code = first; !rebate_type::ModeName(code).empty(); ++code) {
+      EXPECT_NE(schema.find("(" + std::to_string(code) + ", " +
+                            (first == 2040   ? "24"
+                             : first == 3020 ? "32"
+                                             : "40")),
+                Text::npos)
+          << code;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace rebate

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/automation/types.h"
+
+namespace rebate {
+
+// A PostgreSQL server of the test's own on the loopback address, in a temporary directory that goes with it.
+class PostgresServer {
+ public:
+  static constexpr const char* kPassword = "s3cret;word";
+
+  // Starts one; null where server or driver isn't installed.
+  static std::unique_ptr<PostgresServer> Start();
+  PostgresServer(const PostgresServer&) = delete;
+  PostgresServer& operator=(const PostgresServer&) = delete;
+  ~PostgresServer();
+
+  Text ConnectionText(const Text& password = kPassword) const;
+  // Stops it as a crash would.
+  void Kill() const;
+  void Restart() const;
+
+ private:
+  explicit PostgresServer(Text programs);
+  // Runs a command of the server's as a user who may.
+  bool Run(const Text& command) const;
+
+  Text programs_;
+  Text directory_;
+  int port_;
+};
+
+// The path of an installed ODBC driver's library; empty where there is none.
+Text FindDriver(const Text& library);
+
+// A port of the loopback address on which nothing listens.
+int FreePort();
+
+}  // namespace rebate

@@ -1,0 +1,124 @@
+#include "tests/test_account.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+
+#include "model/account_script.h"
+#include "platform/automation/conversion.h"
+#include "platform/login/data_source.h"
+
+namespace rebate {
+namespace {
+
+std::filesystem::path NewFolder() {
+  static std::atomic<int> count = 0;
+  std::filesystem::path folder = std::filesystem::temp_directory_path() /
+                                 ("rebate-test-" + std::to_string(getpid()) + "-" + std::to_string(++count));
+  std::filesystem::create_directories(folder);
+  return folder;
+}
+
+DataSource SourceOf(const std::filesystem::path& path) {
+  return DataSource::Parse("Data Source=" + path.string());
+}
+
+// An account is made once and then copied: the schema takes longer than most tests.
+const std::filesystem::path& TemplateAccount() {
+  struct Template {
+    std::filesystem::path folder = NewFolder();
+    std::filesystem::path path = folder / "template.db";
+    Template() {
+      const ConnectionRef connection = ConnectForSetup(SourceOf(path));
+      for (const std::string_view batch : Batches(AccountSchema())) connection->Execute(batch);
+    }
+    ~Template() { std::filesystem::remove_all(folder); }
+  };
+  static const Template made;
+  return made.path;
+}
+
+}  // namespace
+
+TestAccount::TestAccount() : folder_(NewFolder()), path_(folder_ / "shop.db") {
+  std::filesystem::copy_file(TemplateAccount(), path_);
+}
+
+TestAccount::~TestAccount() {
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+void TestAccount::Execute(std::string_view text) const {
+  Connect(SourceOf(path_))->Execute(text);
+}
+
+Text TestAccount::Rows(std::string_view query) const {
+  const RecordsetRef rows = Connect(SourceOf(path_))->Execute(query);
+  Text text;
+  for (; !rows->Eof(); rows->MoveNext()) {
+    if (!text.empty()) text += "\n";
+    for (std::size_t i = 0; i < rows->FieldCount(); ++i) {
+      const Variant value = rows->FieldValue(i);
+      text += (i == 0 ? "" : "|") + (value.IsNull() ? "NULL" : ToText(value));
+    }
+  }
+  return text;
+}
+
+Text TestAccount::Everything() const {
+  Text text;
+  for (const char* table : {"t_FL_SchemeList", "t_FL_RebateRange", "t_FL_RebateRule", "t_FL_AllOrgs", "t_FL_AllItems",
+                            "t_FL_CheckItems", "t_ItemSelect", "t_FL_SchemeLink"}) {
+    text += Text(table) + "\n" + Rows("select * from " + Text(table)) + "\n";
+  }
+  return text;
+}
+
+std::vector<Text> Trace::TakeStatements() {
+  std::vector<Text> statements;
+  for (Text& event : events_) {
+    if (event != "open" && event != "abort" && event != "connection" && event != "complete") {
+      statements.push_back(std::move(event));
+    }
+  }
+  events_.clear();
+  return statements;
+}
+
+void Trace::Executing(std::string_view text) {
+  events_.emplace_back(text);
+  if (++statements_ == refused_) throw Error(database_error::kStatement, "Test", "Refused by the test.");
+}
+
+void ExpectAllOrNothing(const TestAccount& account, const std::function<bool()>& operation) {
+  const Text before = account.Everything();
+  Trace trace;
+  for (int n = 1; n < 200; ++n) {
+    trace.RefuseStatement(n);
+    const bool done = operation();
+    if (trace.statements() < n) {
+      EXPECT_TRUE(done);
+      EXPECT_GT(n, 1) << "the operation sent no statement";
+      return;
+    }
+    EXPECT_FALSE(done) << "statement " << n;
+    ASSERT_EQ(account.Everything(), before) << "statement " << n;
+  }
+  FAIL() << "the operation never ran through";
+}
+
+Ref<Dictionary> Row(std::initializer_list<std::pair<const char*, Variant>> entries) {
+  Ref<Dictionary> row = New<Dictionary>();
+  for (const auto& [key, value] : entries) row->SetValue(key, value);
+  return row;
+}
+
+Ref<Vector> List(std::initializer_list<Variant> items) {
+  Ref<Vector> list = New<Vector>();
+  for (const Variant& item : items) list->Add(item);
+  return list;
+}
+
+}  // namespace rebate
