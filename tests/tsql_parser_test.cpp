@@ -267,6 +267,7 @@ TEST(Parser, RefusesByNameWhatLiesOutside) {
       {"select row_number() over (order by a) from t", "OVER"},
       {"select a from t order by a offset 5 rows", "OFFSET"},
       {"select a from t for xml auto", "FOR"},
+      {"select 1 where a='x' collate Chinese_PRC_BIN", "COLLATE"},
       {"select a collate Latin1_General_BIN from t", "COLLATE"},
       {"select top 5 with ties a from t order by a", "WITH TIES"},
       {"insert into t output inserted.a values(1)", "OUTPUT"},

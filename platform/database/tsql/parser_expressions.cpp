@@ -211,10 +211,12 @@ ExpressionPtr Parser::ParsePrimary() {
   switch (Peek().kind) {
     case TokenKind::Literal: {
       const Token& token = Take();
-      return MakeExpression(Literal{token.literal_kind, token.literal});
+      primary = MakeExpression(Literal{token.literal_kind, token.literal});
+      break;
     }
     case TokenKind::Variable:
-      return ParseVariableReference();
+      primary = ParseVariableReference();
+      break;
     case TokenKind::QuotedName:
       primary = ParseColumnOrCall();
       break;
@@ -222,8 +224,9 @@ ExpressionPtr Parser::ParsePrimary() {
       primary = ParseWordPrimary();
       break;
     case TokenKind::Symbol:
-      if (IsSymbol("(")) return ParseParenthesised();
-      FailHere();
+      if (!IsSymbol("(")) FailHere();
+      primary = ParseParenthesised();
+      break;
     case TokenKind::End:
       FailHere();
   }

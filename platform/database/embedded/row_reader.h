@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <span>
+
+#include "platform/database/row_set.h"
+#include "platform/database/tsql/command.h"
+
+namespace rebate {
+
+// Reads the rows of a statement, one at a time, as values of their columns' types.
+class RowReader {
+ public:
+  RowReader(sqlite3_stmt* statement, std::span<const tsql::ResultColumn> columns);
+
+  // Adds the row that the statement stands on. Raises where a number doesn't fit its type.
+  void AddRow();
+  const Ref<RowSet>& rows() const { return rows_; }
+
+ private:
+  void AddValue(int column);
+  Variant DateValue(int column);
+
+  sqlite3_stmt* statement_;
+  std::span<const tsql::ResultColumn> columns_;
+  Ref<RowSet> rows_;
+  Text last_date_;  // and its value: rows that follow each other often share it
+  Variant last_date_value_;
+};
+
+}  // namespace rebate

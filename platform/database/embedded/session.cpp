@@ -1,0 +1,124 @@
+#include "platform/database/embedded/session.h"
+
+namespace rebate {
+
+Session::Session(DatabaseHandle database, Text path)
+    : database_(std::move(database)),
+      path_(std::move(path)),
+      catalog_(database_.get(), path_),
+      begin_reader_(Prepare(database_.get(), "BEGIN", path_)),
+      begin_writer_(Prepare(database_.get(), "BEGIN IMMEDIATE", path_)),
+      commit_(Prepare(database_.get(), "COMMIT", path_)),
+      rollback_(Prepare(database_.get(), "ROLLBACK", path_)) {}
+
+void Session::Step(sqlite3_stmt* statement) {
+  const int result = sqlite3_step(statement);
+  const Error error = result == SQLITE_DONE ? Error(0, "", "") : SqliteError(database(), result, path_);
+  sqlite3_reset(statement);
+  if (result != SQLITE_DONE) throw error;
+}
+
+void Session::Begin(bool reads_only) {
+  Step(reads_only ? begin_reader_.get() : begin_writer_.get());
+  begun_ = true;
+  try {
+    catalog_.NoticeChanges();
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+}
+
+void Session::Rollback() noexcept {
+  if (InTransaction()) {
+    sqlite3_step(rollback_.get());
+    sqlite3_reset(rollback_.get());
+  }
+  catalog_.RolledBack();
+  begun_ = lost_ = false;
+}
+
+void Session::BeginWork() {
+  RollbackWork();
+  if (nesting_ > 0) Rollback();
+  nesting_ = 0;
+  unit_open_ = true;
+}
+
+void Session::NeedTransaction(bool reads_only) {
+  if (lost_) {
+    throw Error(database_error::kStatement, "",
+                "The transaction was undone by an earlier error and can take no more statements.");
+  }
+  if (unit_open_ && !begun_) Begin(reads_only);
+}
+
+void Session::CommitWork() {
+  if (!unit_open_) return;
+  if (lost_) {
+    RollbackWork();
+    throw Error(database_error::kStatement, "", "The transaction was undone by an earlier error and can't be committed.");
+  }
+  try {
+    if (begun_) Step(commit_.get());
+  } catch (...) {
+    RollbackWork();
+    throw;
+  }
+  catalog_.Committed();
+  unit_open_ = begun_ = false;
+  nesting_ = 0;
+}
+
+void Session::RollbackWork() noexcept {
+  if (!unit_open_) return;
+  Rollback();
+  unit_open_ = false;
+  nesting_ = 0;
+}
+
+void Session::BeginTransaction() {
+  if (!begun_ && !unit_open_) Begin(false);
+  ++nesting_;
+}
+
+void Session::CommitTransaction() {
+  if (nesting_ == 0) {
+    throw Error(database_error::kStatement, "",
+                "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+  }
+  if (nesting_ == 1 && !unit_open_) {
+    Step(commit_.get());
+    catalog_.Committed();
+    begun_ = false;
+  }
+  --nesting_;
+}
+
+void Session::RollbackTransaction() {
+  if (nesting_ == 0 && !unit_open_) {
+    throw Error(database_error::kStatement, "",
+                "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+  }
+  Rollback();
+  nesting_ = 0;
+}
+
+void Session::UndoStatement(const AccountCatalog::Mark& mark) noexcept {
+  if (InTransaction()) {
+    sqlite3_exec(database(), "ROLLBACK TO statement; RELEASE statement", nullptr, nullptr, nullptr);
+  }
+  catalog_.ReturnTo(mark);
+  if (!InTransaction()) catalog_.Committed();
+  NoticeFailure();
+}
+
+void Session::NoticeFailure() noexcept {
+  if (!begun_ || InTransaction()) return;
+  catalog_.RolledBack();
+  begun_ = false;
+  lost_ = unit_open_;
+  nesting_ = 0;
+}
+
+}  // namespace rebate
