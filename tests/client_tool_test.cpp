@@ -17,7 +17,7 @@ struct Outcome {
 };
 
 // Runs the tool in this process, with `input` as its standard input.
-Outcome Run(std::vector<Text> arguments, const Text& input = {}) {
+Outcome RunRebate(std::vector<Text> arguments, const Text& input = {}) {
   std::istringstream in(input);
   std::ostringstream out;
   std::ostringstream err;
@@ -41,12 +41,12 @@ Text Example(const Text& name) {
 class ClientTool : public testing::Test {
  protected:
   ClientTool() : dsn_((account_.path().parent_path() / "sample.db").string()) {
-    const Outcome made = Run({"init", dsn_, "--sample"});
+    const Outcome made = RunRebate({"init", dsn_, "--sample"});
     EXPECT_EQ(made.status, 0) << made.err;
   }
 
   Text Save(const Text& example) {
-    const Outcome saved = Run({"save", Example(example), "--dsn", dsn_});
+    const Outcome saved = RunRebate({"save", Example(example), "--dsn", dsn_});
     return std::to_string(saved.status) + " " + saved.out + saved.err;
   }
 
@@ -55,23 +55,23 @@ class ClientTool : public testing::Test {
 };
 
 TEST_F(ClientTool, InitTouchesNoAccountThatIsThere) {
-  Run({"sql", dsn_, "update t_Supplier set FName='X' where FItemID=801"});
-  const Outcome again = Run({"init", dsn_});
+  RunRebate({"sql", dsn_, "update t_Supplier set FName='X' where FItemID=801"});
+  const Outcome again = RunRebate({"init", dsn_});
   EXPECT_EQ(again.status, 1);
   EXPECT_TRUE(Holds(again.err, dsn_)) << again.err;
-  EXPECT_TRUE(Holds(Run({"sql", dsn_, "select FName from t_Supplier where FItemID=801"}).out, "X"));
+  EXPECT_TRUE(Holds(RunRebate({"sql", dsn_, "select FName from t_Supplier where FItemID=801"}).out, "X"));
 }
 
 TEST_F(ClientTool, SqlBatchesStandOrFallByThemselves) {
-  const Outcome ran = Run({"sql", dsn_, "--json"},
-                          "insert into t_User (FUserID, FName) values (7, '甲')\nGO\n"
-                          "insert into t_User (FUserID, FName) values (8, '乙') select abc from t_User\n go \n"
-                          "insert into t_User (FUserID, FName) values (9, '丙')\n");
+  const Outcome ran = RunRebate({"sql", dsn_, "--json"},
+                                "insert into t_User (FUserID, FName) values (7, '甲')\nGO\n"
+                                "insert into t_User (FUserID, FName) values (8, '乙') select abc from t_User\n go \n"
+                                "insert into t_User (FUserID, FName) values (9, '丙')\n");
   EXPECT_EQ(ran.status, 1);
   EXPECT_EQ(ran.out, "");
   EXPECT_EQ(ran.err, "rebate: batch 2: Invalid column name 'abc'.\n");
   const Outcome users =
-      Run({"sql", dsn_, "select FUserID, FName from t_User where FUserID<10 order by FUserID", "--json"});
+      RunRebate({"sql", dsn_, "select FUserID, FName from t_User where FUserID<10 order by FUserID", "--json"});
   EXPECT_EQ(users.out, "{\"FUserID\":1,\"FName\":\"Administrator\"}\n{\"FUserID\":7,\"FName\":\"甲\"}\n");
 }
 
@@ -87,17 +87,17 @@ TEST_F(ClientTool, AnOverlappingSchemeIsRefusedWithItsRows) {
 
 TEST_F(ClientTool, StoredSchemesAreShownAndListed) {
   Save("supplier_goods");
-  const Outcome shown = Run({"show", "1", "--dsn", dsn_});
+  const Outcome shown = RunRebate({"show", "1", "--dsn", dsn_});
   EXPECT_EQ(shown.status, 0) << shown.err;
   for (const char* part : {"洗护商品采购返利", "上海东方贸易有限公司", "柔顺洗发露", "20000 – 100000", "3.5"}) {
     EXPECT_TRUE(Holds(shown.out, part)) << part << " in " << shown.out;
   }
-  const Json whole = ParseJson(Run({"show", "1", "--dsn", dsn_, "--json"}).out);
+  const Json whole = ParseJson(RunRebate({"show", "1", "--dsn", dsn_, "--json"}).out);
   EXPECT_EQ(whole["AllRulesRS"]["rows"].size(), 4u);
 
   const auto listed = [&](std::vector<Text> filter) {
     filter.insert(filter.begin(), {"list", "--json", "--dsn", dsn_});
-    return ParseJson(Run(filter).out).size();
+    return ParseJson(RunRebate(filter).out).size();
   };
   EXPECT_EQ(listed({}), 1u);
   EXPECT_EQ(listed({"--class", "24", "--type", "2041", "--name", "洗护", "--from", "S001", "--to", "S001"}), 1u);
@@ -108,7 +108,7 @@ TEST_F(ClientTool, StoredSchemesAreShownAndListed) {
 }
 
 TEST_F(ClientTool, EveryClassHasItsTypes) {
-  const Json types = ParseJson(Run({"types", "--dsn", dsn_, "--json"}).out);
+  const Json types = ParseJson(RunRebate({"types", "--dsn", dsn_, "--json"}).out);
   ASSERT_EQ(types.size(), 16u);
   EXPECT_EQ(types[0]["FRebateType"], "2040");
   EXPECT_EQ(types[15]["FRebateType"], "4021");
@@ -116,7 +116,7 @@ TEST_F(ClientTool, EveryClassHasItsTypes) {
 
 TEST_F(ClientTool, FailuresTellTheirReason) {
   const Text nowhere = dsn_ + ".missing";
-  Run({"sql", dsn_, "drop table t_FL_RebateRange"});
+  RunRebate({"sql", dsn_, "drop table t_FL_RebateRange"});
   Save("supplier_total");
   const struct {
     std::vector<Text> arguments;
@@ -133,7 +133,7 @@ TEST_F(ClientTool, FailuresTellTheirReason) {
       {{"frobnicate"}, 2, ""},
   };
   for (const auto& c : cases) {
-    const Outcome outcome = Run(c.arguments);
+    const Outcome outcome = RunRebate(c.arguments);
     EXPECT_EQ(outcome.status, c.status) << c.arguments[0] << outcome.err;
     EXPECT_TRUE(Holds(outcome.err, c.reason)) << outcome.err;
   }
@@ -141,9 +141,9 @@ TEST_F(ClientTool, FailuresTellTheirReason) {
 
 TEST_F(ClientTool, ProgramsCallByName) {
   const Outcome served =
-      Run({"call", "--dsn", dsn_, "--trace"},
-          "{\"op\":\"BaseInfoMgr.ExistsSchemeName\",\"args\":{\"lSchemeID\":0,\"strSchemeName\":\"x\"}}\n"
-          "{\"op\":\"RebateRuleMgr.TransMode\"}\n");
+      RunRebate({"call", "--dsn", dsn_, "--trace"},
+                "{\"op\":\"BaseInfoMgr.ExistsSchemeName\",\"args\":{\"lSchemeID\":0,\"strSchemeName\":\"x\"}}\n"
+                "{\"op\":\"RebateRuleMgr.TransMode\"}\n");
   std::istringstream answers(served.out);
   Text first;
   std::getline(answers, first);
