@@ -1,5 +1,11 @@
 -- A small shop: suppliers, customers, employees, goods with their units, and users with their data rights.
 
+insert into t_ItemClass (FItemClassID, FName) values
+  (1, N'客户'),
+  (3, N'职员'),
+  (4, N'商品'),
+  (8, N'供应商')
+
 insert into t_User (FUserID, FName) values
   (1, N'Administrator'),
   (1001, N'采购主管'),

@@ -82,7 +82,6 @@ create table t_FL_AllItems (
   FRuleTableID int
 )
 create index IX_FL_AllItems_Scheme on t_FL_AllItems (FSchemeID)
-create index IX_FL_AllItems_Rule on t_FL_AllItems (FRuleTableID)
 
 create table t_FL_CheckItems (
   FSchemeID int,
@@ -193,12 +192,6 @@ select g.FItemID as FSrcItemId, u.FItemID, u.FNumber, u.FName
 from t_ICItem g
 inner join t_MeasureUnit u on u.FUnitGroupID = g.FUnitGroupID
 GO
-
-insert into t_ItemClass (FItemClassID, FName) values
-  (1, N'客户'),
-  (3, N'职员'),
-  (4, N'商品'),
-  (8, N'供应商')
 
 -- FRebateTarget: 1 money, 2 goods. The key words name the figure that a rebate is counted from, and what it gives.
 insert into t_FL_SchemeMode

@@ -151,8 +151,8 @@ TEST(UpdateBatch, RaisesTheErrorOfTheFirstRefusedElementAndLeavesNothing) {
   Trace trace;
   BaseInfoMgr manager;
   try {
-    manager.UpdateBatch(account.dsn(), Variant::Array({"delete from t_ItemClass", "select FNoSuch from t_ItemClass",
-                                                       "delete from t_FL_SchemeMode"}));
+    manager.UpdateBatch(account.dsn(), Variant::Array({"delete from t_FL_SchemeMode", "select FNoSuch from t_ItemClass",
+                                                       "delete from t_FL_SchemeList"}));
     FAIL();
   } catch (const Error& error) {
     EXPECT_EQ(error.number, database_error::kStatement);
@@ -162,7 +162,7 @@ TEST(UpdateBatch, RaisesTheErrorOfTheFirstRefusedElementAndLeavesNothing) {
   const Events events = trace.Take();
   EXPECT_EQ(events.back(), "abort");
   EXPECT_EQ(events.size(), 6u);  // the third element isn't sent
-  EXPECT_NE(account.Rows("select count(*) from t_ItemClass"), "0");
+  EXPECT_EQ(account.Rows("select count(*) from t_FL_SchemeMode"), "16");
   EXPECT_THROW(manager.UpdateBatch(account.dsn(), "no array"), Error);
 }
 

@@ -42,9 +42,10 @@ struct SchemeRequest {
   bool Saves(const TestAccount& account) { return Save(account)->Value("OK") == Variant(true); }
 };
 
-// Suppliers 3 and 7 (class 8), customers 17 and 18 (class 1), goods 71 and 72 (class 4) and user 1001.
+// Item classes, suppliers 3 and 7 (class 8), customers 17 and 18 (class 1), goods 71 and 72 (class 4) and user 1001.
 inline void AddMasterData(const TestAccount& account) {
   account.Execute(R"(
+    insert into t_ItemClass (FItemClassID,FName) values (1,'客户'), (4,'商品'), (8,'供应商')
     insert into t_Item (FItemClassID,FItemID,FNumber,FName) values
       (8,3,'S03','Third'), (8,7,'S07','Seventh'), (1,17,'C17','Alpha'), (1,18,'C18','Beta'), (4,71,'G71','Soap'),
       (4,72,'G72','Tea')
