@@ -49,15 +49,14 @@ std::uint64_t SignatureOf(const TableInfo& table) {
 }
 
 // The column that a computed one repeats under a second name, by the statement that made the table.
-Text AliasOf(std::string_view definition, const Text& column) {
-  const std::size_t at = definition.find(tsql::SqlName(column) + ' ');
+Text AliasOf(std::string_view definition, const tsql::ColumnInfo& column) {
+  Text head = tsql::SqlName(column.name) + ' ' + Declaration(column.type);
+  if (IsText(column.type.kind)) head += " COLLATE " + Text(tsql::kCollation);
+  head += " GENERATED ALWAYS AS (\"";
+  const std::size_t at = definition.find(head);
   if (at == std::string_view::npos) return {};
-  definition.remove_prefix(at);
-  constexpr std::string_view kMark = " GENERATED ALWAYS AS (\"";
-  const std::size_t mark = definition.find(kMark);
-  if (mark == std::string_view::npos) return {};
-  definition.remove_prefix(mark + kMark.size());
-  const std::size_t end = definition.find('"');
+  definition.remove_prefix(at + head.size());
+  const std::size_t end = std::min(definition.find('"'), definition.size());
   return definition.substr(end).starts_with("\") VIRTUAL") ? Text(definition.substr(0, end)) : Text();
 }
 
@@ -147,7 +146,7 @@ void AccountCatalog::ReadColumns(TableInfo& table, std::string_view definition) 
     column.identity = sqlite3_column_int(query.get(), 3) == 1;
     column.nullable = sqlite3_column_int(query.get(), 2) == 0 && !column.identity;
     column.computed = sqlite3_column_int(query.get(), 4) != 0;
-    if (column.computed) column.alias_of = AliasOf(definition, column.name);
+    if (column.computed) column.alias_of = AliasOf(definition, column);
     table.columns.push_back(std::move(column));
   }
 }
