@@ -57,7 +57,8 @@ class CallServer {
     for (const auto& [key, value] : request.items()) {
       if (key != "op" && key != "args" && key != "thread") Refuse("Unknown key in a call: " + key);
     }
-    const Json args = request.value("args", Json::object());
+    static const Json kNoArguments = Json::object();
+    const Json& args = request.contains("args") ? request["args"] : kNoArguments;
     if (!args.is_object()) Refuse("\"args\" is an object: the arguments by their names");
     const Text thread = request.contains("thread") ? TextOf(request, "thread") : Text();
 

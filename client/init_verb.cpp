@@ -5,7 +5,6 @@
 #include "client/progress.h"
 #include "client/tool.h"
 #include "model/account_script.h"
-#include "platform/automation/error.h"
 #include "platform/login/data_source.h"
 
 namespace rebate {
@@ -53,7 +52,7 @@ void Init(const InitOptions& options, Tool& tool) {
   try {
     Progress progress(tool.err, tool.progress, "making " + name, batches.size());
     FillAccount(*connection, batches, progress);
-  } catch (const Error&) {
+  } catch (...) {
     connection = nullptr;
     if (source.embedded) RemoveFile(source.path);
     throw;

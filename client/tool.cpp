@@ -14,7 +14,7 @@ constexpr int kWrongUsage = 2;
 
 Text Version() {
   const ComponentLibrary& component = TheComponent();
-  return "rebate " + std::to_string(component.major) + "." + std::to_string(component.minor);
+  return "rebate " + std::to_string(component.major_version) + "." + std::to_string(component.minor_version);
 }
 
 }  // namespace

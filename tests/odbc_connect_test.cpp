@@ -1,40 +1,17 @@
 #ifdef REBATE_HAS_ODBC
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <chrono>
 
 #include "platform/database/odbc/odbc_account.h"
 #include "platform/database/odbc/wide_text.h"
 #include "tests/error_of.h"
+#include "tests/loopback.h"
 #include "tests/postgres_server.h"
 
 namespace rebate {
 namespace {
-
-// A server that takes connections and never says a word.
-class SilentServer {
- public:
-  SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    ::bind(socket_, reinterpret_cast<sockaddr*>(&address), size);
-    ::listen(socket_, 8);
-    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
-  }
-  ~SilentServer() { ::close(socket_); }
-  int port() const { return port_; }
-
- private:
-  int socket_;
-  int port_;
-};
 
 Text SqlServerText(int port) {
   return "Driver=" + FindDriver("libtdsodbc.so") + ";Server=127.0.0.1;Port=" + std::to_string(port) +
@@ -52,7 +29,7 @@ TEST(OdbcConnect, ARefusedConnectionNamesTheServerAndHidesThePassword) {
 
 TEST(OdbcConnect, ASilentServerIsGivenUpAtTheLoginTimeout) {
   if (FindDriver("libtdsodbc.so").empty()) GTEST_SKIP() << "FreeTDS isn't installed";
-  const SilentServer server;
+  const Listener server;  // takes connections and never says a word
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(ErrorOf([&] { OpenOdbc(SqlServerText(server.port()) + ";Login Timeout=1"); }).number,
             database_error::kConnection);

@@ -177,6 +177,19 @@ TEST_F(OdbcPostgres, ALostConnectionFailsItsUnitAndIsOpenedAnew) {
   EXPECT_EQ(Count(), 1);
 }
 
+TEST_F(OdbcPostgres, AUnitThatTheServerGaveUpRunsNothingMore) {
+  account_->Execute("insert into goods values(1, 'tea')");
+  account_->BeginWork();
+  account_->Execute("set transaction isolation level repeatable read; select * from goods");
+  OpenOdbc(server_->ConnectionText())->Execute("update goods set name = 'oil'");
+  for (const char* text : {"update goods set name = 'rice'", "insert into goods values(2, 'half')"}) {
+    EXPECT_EQ(ErrorOf([&] { account_->Execute(text); }).number, database_error::kConnection) << text;
+  }
+  EXPECT_EQ(ErrorOf([&] { account_->CommitWork(); }).number, database_error::kConnection);
+  EXPECT_EQ(ToText(Value("select max(name) from goods")), "oil");
+  EXPECT_EQ(Count(), 1);
+}
+
 TEST_F(OdbcPostgres, AServerThatIsGoneIsReportedUntilItIsBack) {
   server_->Kill();
   EXPECT_EQ(ErrorOf([&] { account_->Execute("select 1"); }).number, database_error::kConnection);

@@ -1,14 +1,14 @@
 #include "tests/postgres_server.h"
 
-#include <arpa/inet.h>
 #include <pwd.h>
 #include <stdlib.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <utility>
+
+#include "tests/loopback.h"
 
 namespace rebate {
 namespace {
@@ -76,18 +76,6 @@ Text FindDriver(const Text& library) {
     if (fs::exists(folder + library)) return folder + library;
   }
   return {};
-}
-
-int FreePort() {
-  const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof(address);
-  ::bind(listener, reinterpret_cast<sockaddr*>(&address), size);
-  ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
-  ::close(listener);
-  return ntohs(address.sin_port);
 }
 
 }  // namespace rebate

@@ -35,7 +35,4 @@ class PostgresServer {
 // The path of an installed ODBC driver's library; empty where there is none.
 Text FindDriver(const Text& library);
 
-// A port of the loopback address on which nothing listens.
-int FreePort();
-
 }  // namespace rebate

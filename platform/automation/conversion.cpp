@@ -102,11 +102,13 @@ Text CurrencyText(std::int64_t ten_thousandths) {
   const bool negative = ten_thousandths < 0;
   const std::uint64_t magnitude =
       negative ? 0 - static_cast<std::uint64_t>(ten_thousandths) : static_cast<std::uint64_t>(ten_thousandths);
-  Text text = (negative ? "-" : "") + std::to_string(magnitude / 10000);
+  Text text(negative ? "-" : "");
+  text += std::to_string(magnitude / 10000);
   if (const std::uint64_t rest = magnitude % 10000; rest != 0) {
     Text fraction = std::to_string(10000 + rest).substr(1);
     fraction.erase(fraction.find_last_not_of('0') + 1);
-    text += "." + fraction;
+    text += '.';
+    text += fraction;
   }
   return text;
 }
@@ -143,7 +145,7 @@ Text NumberText(double number) {
   const int length = static_cast<int>(digits.size());
   if (exponent >= 15 || exponent < -15) {
     Text text = sign + digits.substr(0, 1);
-    if (length > 1) text += "." + digits.substr(1);
+    if (length > 1) text.append(".").append(digits, 1);
     const Text magnitude = std::to_string(std::abs(exponent));
     return text + (exponent < 0 ? "E-" : "E+") + (magnitude.size() < 2 ? "0" : "") + magnitude;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace rebate::odbc {
 namespace {
@@ -16,8 +17,10 @@ std::string_view WithoutComponents(std::string_view message) {
     message.remove_prefix(close + 1);
     if (is_server) break;
   }
-  const std::size_t first = message.find_first_not_of(" \r\n");
-  return first == std::string_view::npos ? std::string_view() : message.substr(first);
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t first = message.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return message.substr(first, message.find_last_not_of(kBlanks) - first + 1);
 }
 
 bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefix) {
@@ -26,7 +29,9 @@ bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefi
 }
 
 Long Number(const std::vector<Diagnostic>& diagnostics) {
-  if (TellsOfLostConnection(diagnostics)) return database_error::kConnection;
+  for (const std::string_view lost : {"08", "HYT01", "40"}) {
+    if (AnyState(diagnostics, lost)) return database_error::kConnection;
+  }
   // Not every driver has the server's "cancelled" translated; nobody but the time limit cancels a statement here.
   if (AnyState(diagnostics, "HYT00") || AnyState(diagnostics, "57014")) return database_error::kTimeout;
   if (AnyState(diagnostics, "23")) return database_error::kConstraint;
@@ -54,14 +59,12 @@ std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle) {
   return diagnostics;
 }
 
-bool TellsOfLostConnection(const std::vector<Diagnostic>& diagnostics) {
-  return AnyState(diagnostics, "08") || AnyState(diagnostics, "HYT01");
-}
-
 Error ToError(const std::vector<Diagnostic>& diagnostics) {
   Text description;
+  std::string_view before;
   for (const Diagnostic& diagnostic : diagnostics) {
-    if (diagnostic.message.empty()) continue;
+    const bool repeats = diagnostic.message == std::exchange(before, diagnostic.message);
+    if (repeats || diagnostic.message.empty()) continue;
     if (!description.empty()) description += '\n';
     description += diagnostic.message;
   }

@@ -50,10 +50,8 @@ struct Diagnostic {
 
 std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle);
 
-// Whether one of the messages says that the connection is lost.
-bool TellsOfLostConnection(const std::vector<Diagnostic>& diagnostics);
-
-// The error that the messages amount to, with all of their texts, a line each.
+// The error that the messages amount to, with all of their texts, a line each. A transaction that the server itself
+// gave up, as the victim of a deadlock, counts as a lost connection: what it held is gone.
 Error ToError(const std::vector<Diagnostic>& diagnostics);
 
 // Reads a text of which only the length tells whether it fitted: `read` fills the buffer and gives the length that the

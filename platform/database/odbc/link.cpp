@@ -51,10 +51,11 @@ Text Advice(const std::vector<Diagnostic>& diagnostics) {
 }
 
 Error CannotConnect(const Settings& settings, const std::vector<Diagnostic>& diagnostics) {
-  Text description = "The account on the server (" + WithoutSecrets(settings.driver_text) +
-                     ") can't be opened: " + ToError(diagnostics).description + "\n" + Advice(diagnostics);
-  for (const Text& secret : settings.secrets) description = Replace(description, secret, "***");
-  return Error(database_error::kConnection, "ODBC", description);
+  Text reason = ToError(diagnostics).description;
+  for (const Text& secret : settings.secrets) reason = Replace(reason, secret, "***");
+  return Error(database_error::kConnection, "ODBC",
+               "The account on the server (" + WithoutSecrets(settings.driver_text) + ") can't be opened: " + reason +
+                   "\n" + Advice(diagnostics));
 }
 
 bool IsSqlServer(const Session& session) {
@@ -65,9 +66,8 @@ bool IsSqlServer(const Session& session) {
   return name.find(u"SQL Server") != std::u16string::npos;
 }
 
-bool BeginsTransaction(std::string_view text) {
-  constexpr std::string_view kBegin = "begin tran";
-  const auto found = std::search(text.begin(), text.end(), kBegin.begin(), kBegin.end(),
+bool Mentions(std::string_view text, std::string_view words) {
+  const auto found = std::search(text.begin(), text.end(), words.begin(), words.end(),
                                  [](char c, char wanted) { return (c >= 'A' && c <= 'Z' ? c + 32 : c) == wanted; });
   return found != text.end();
 }
@@ -117,7 +117,11 @@ bool Link::IsDead() const {
 }
 
 RecordsetRef Link::Run(std::string_view text) {
-  nested_ = nested_ || (counts_transactions_ && BeginsTransaction(text));
+  if (counts_transactions_) {
+    const bool begins = Mentions(text, "begin tran");
+    nested_ = nested_ || begins;
+    may_end_ = Mentions(text, "rollback") || (!begins && Mentions(text, "commit"));
+  }
   const Statement statement(session_.get());
   SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(query_timeout_), SQL_IS_UINTEGER);
 
@@ -162,6 +166,19 @@ void Link::Commit() {
 
 void Link::Rollback() {
   EndTransaction(SQL_ROLLBACK);
+}
+
+bool Link::TextEndedTransaction() {
+  return may_end_ && TransactionIsGone();
+}
+
+bool Link::TransactionIsGone() {
+  if (!counts_transactions_) return false;
+  try {
+    return EqualsNumber(Run("select @@trancount")->FieldValue(std::size_t{0}), 0);
+  } catch (const Error&) {
+    return true;
+  }
 }
 
 void Link::LeaveTransactions() {

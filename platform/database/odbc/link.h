@@ -41,6 +41,11 @@ class Link {
   // Each ends the transaction, and the next statement begins a new one. Raises where that fails.
   void Commit();
   void Rollback();
+  // Whether the server, by its own count, has ended the transaction, as it does on some errors. False where it can't be
+  // asked.
+  bool TransactionIsGone();
+  // Whether the text that ran last has itself ended the transaction.
+  bool TextEndedTransaction();
   // Lets each statement stand by itself again.
   void LeaveTransactions();
 
@@ -54,6 +59,7 @@ class Link {
   SQLULEN query_timeout_;
   bool counts_transactions_ = false;  // the server counts nested transactions, and commits with the last one alone
   bool nested_ = false;               // a text began one inside ours
+  bool may_end_ = false;              // the text that ran last has words that may end ours
 };
 
 }  // namespace rebate::odbc

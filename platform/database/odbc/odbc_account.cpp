@@ -1,6 +1,7 @@
 #include "platform/database/odbc/odbc_account.h"
 
 #include <memory>
+#include <utility>
 
 #include "platform/database/odbc/link.h"
 
@@ -14,12 +15,18 @@ class OdbcConnection : public Connection {
   ~OdbcConnection() override { RollbackWork(); }
 
   RecordsetRef Execute(std::string_view text) override {
-    if (unit_ == Unit::Begun) RequireLink();
+    if (unit_ == Unit::Lost) ThrowLost();
     if (!link_) link_ = std::make_unique<odbc::Link>(settings_);
     if (unit_ == Unit::Ready) Begin();
-    RecordsetRef rows;
-    Watch([&] { rows = link_->Run(text); });
-    return rows;
+    try {
+      RecordsetRef rows = link_->Run(text);
+      work_stands_ = true;
+      if (unit_ == Unit::Begun && link_->TextEndedTransaction()) BeginAnew();
+      return rows;
+    } catch (Error& error) {
+      FaceFailure(error);
+      throw;
+    }
   }
 
   void BeginWork() override {
@@ -30,76 +37,91 @@ class OdbcConnection : public Connection {
   }
 
   void CommitWork() override {
-    if (unit_ == Unit::Begun) {
-      RequireLink();
-      try {
-        Watch([&] { link_->Commit(); });
-      } catch (...) {
-        RollbackWork();
-        throw;
-      }
-      Leave();
+    const Unit unit = std::exchange(unit_, Unit::None);
+    if (unit == Unit::Lost) ThrowLost();
+    if (unit != Unit::Begun) return;
+    try {
+      link_->Commit();
+    } catch (Error& error) {
+      FaceFailure(error);
+      Undo();
+      throw;
     }
-    unit_ = Unit::None;
+    Leave();
   }
 
   void RollbackWork() noexcept override {
-    if (unit_ == Unit::Begun && link_) {
-      try {
-        link_->Rollback();
-        Leave();
-      } catch (...) {
-        link_ = nullptr;
-      }
-    }
-    unit_ = Unit::None;
+    if (std::exchange(unit_, Unit::None) == Unit::Begun) Undo();
   }
 
  private:
-  enum class Unit { None, Ready, Begun };
+  // A unit is lost when the server has undone what it did so far: the rest of it must not run.
+  enum class Unit { None, Ready, Begun, Lost };
 
-  // What is left of a unit whose connection was lost must not run: its first half is undone.
-  void RequireLink() const {
-    if (link_) return;
+  [[noreturn]] static void ThrowLost() {
     throw Error(database_error::kConnection, "ODBC",
-                "The connection to the server was lost earlier in this unit of work, which is undone.");
+                "The server has undone what was done earlier in this unit of work, which runs nothing more.");
   }
 
   void Begin() {
     unit_ = Unit::Begun;
+    work_stands_ = false;
     try {
       link_->BeginTransaction();
-    } catch (...) {
-      link_ = nullptr;
+    } catch (Error& error) {
+      FaceFailure(error);
+      Lose();
       throw;
     }
+  }
+
+  // Finds out what a failure means to the unit, and numbers it as a lost connection where it is one.
+  void FaceFailure(Error& error) {
+    const bool dead = link_->IsDead();
+    if (dead && error.number != database_error::kTimeout) error.number = database_error::kConnection;
+    if (dead || error.number == database_error::kConnection) {
+      Lose();
+    } else if (unit_ == Unit::Begun && link_->TransactionIsGone()) {
+      // Some errors make a server undo the whole transaction. Where it held nothing yet, a new one may follow.
+      BeginAnew();
+      if (work_stands_) unit_ = Unit::Lost;
+    }
+  }
+
+  // The server's transaction has ended: the next statement begins one.
+  void BeginAnew() {
+    Leave();
+    unit_ = Unit::Ready;
+  }
+
+  void Lose() {
+    link_ = nullptr;
+    if (unit_ == Unit::Begun) unit_ = Unit::Lost;
+  }
+
+  void Undo() noexcept {
+    if (!link_) return;
+    try {
+      link_->Rollback();
+    } catch (...) {
+      link_ = nullptr;
+    }
+    Leave();
   }
 
   // The work is done already: a connection that doesn't come out of its transaction is only given up.
   void Leave() noexcept {
     try {
-      link_->LeaveTransactions();
+      if (link_) link_->LeaveTransactions();
     } catch (...) {
       link_ = nullptr;
-    }
-  }
-
-  // Runs `act`; lets go of the connection where it shows that the server is gone.
-  template <typename Act>
-  void Watch(Act act) {
-    try {
-      act();
-    } catch (Error& error) {
-      const bool dead = link_->IsDead();
-      if (dead && error.number != database_error::kTimeout) error.number = database_error::kConnection;
-      if (dead || error.number == database_error::kConnection) link_ = nullptr;
-      throw;
     }
   }
 
   odbc::Settings settings_;
   std::unique_ptr<odbc::Link> link_;  // null where the connection was lost
   Unit unit_ = Unit::None;
+  bool work_stands_ = false;  // a statement of the unit has succeeded
 };
 
 }  // namespace

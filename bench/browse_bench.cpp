@@ -1,0 +1,108 @@
+// The overlap check against a growing account, and the scheme list against the same statement in plain SQLite.
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <map>
+#include <memory>
+
+#include "bench/bench_account.h"
+#include "platform/automation/conversion.h"
+#include "service/base_info_mgr.h"
+
+namespace rebate::bench {
+namespace {
+
+// So many enabled schemes of type 2040, with `organisations` suppliers each out of 10,000.
+std::unique_ptr<BenchAccount> AccountOfSchemes(int schemes, int organisations) {
+  auto account = std::make_unique<BenchAccount>();
+  PlainDatabase database(account->path());
+  database.Run("BEGIN");
+  database.Run("INSERT INTO t_User (FUserID,FName) VALUES (1,'Administrator')");
+  PlainStatement item(database, "INSERT INTO t_Item (FItemClassID,FItemID,FNumber,FName) VALUES (8,?,?,?)");
+  for (int i = 1; i <= 10000; ++i) {
+    item.Run(i, ("S" + std::to_string(i)).c_str(), ("Supplier number " + std::to_string(i)).c_str());
+  }
+  PlainStatement head(database,
+                      "INSERT INTO t_FL_SchemeList (FSchemeNo,FSchemeName,FRebateType,FModifyDate,FCheckerID,FNote,"
+                      "FEnable) VALUES ('0',?,2040,?,1,'A note of some length',1)");
+  PlainStatement organisation(
+      database, "INSERT INTO t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID,FShowName) VALUES (?,1,8,?,'shown')");
+  for (int i = 0; i < schemes; ++i) {
+    const Text date = "2026-01-" + std::to_string(10 + i % 20) + " 08:00:00.000";
+    head.Run(("Scheme number " + std::to_string(i)).c_str(), date.c_str());
+    const long long id = sqlite3_last_insert_rowid(database.get());
+    for (int k = 0; k < organisations; ++k) organisation.Run(id, (i * organisations + k) % 10000 + 1);
+  }
+  database.Run("COMMIT");
+  return account;
+}
+
+// The larger accounts take a while to fill: each is made once.
+const BenchAccount& StoredSchemes(int schemes, int organisations) {
+  static std::map<std::pair<int, int>, std::unique_ptr<BenchAccount>> accounts;
+  std::unique_ptr<BenchAccount>& account = accounts[{schemes, organisations}];
+  if (!account) account = AccountOfSchemes(schemes, organisations);
+  return *account;
+}
+
+// A request of 100 organisations that no stored scheme holds; it stops short of writing at a range item class that is
+// none, or goes through the check and is then refused by its head, which has no type.
+void OverlapCheck(benchmark::State& state) {
+  const BenchAccount& account = StoredSchemes(static_cast<int>(state.range(0)), 10);
+  Ref<Dictionary> type = Row({{"FRebateType", 2040}, {"FRangeItemClass", 8}});
+  Ref<Dictionary> head = Row({{"FSchemeID", 0}, {"FSchemeName", Text(5000, 'x')}, {"FNote", ""}});
+  Ref<Vector> none = New<Vector>();
+  Ref<Vector> organisations = New<Vector>();
+  for (int i = 1; i <= 100; ++i) {
+    organisations->Add(Row({{"FRowID", 1}, {"FItemClassID", 8}, {"FItemID", 500000 + i}, {"FShowName", ""}}));
+  }
+  BaseInfoMgr manager;
+  for (auto _ : state) {
+    const Ref<Dictionary> answer = manager.SaveOneSchemeData(account.dsn(), type, head, none, organisations, none);
+    Require(!answer->Has("Repeat") && ToText(answer->Value("Err")).find("truncated") != Text::npos,
+            "the overlap check");
+  }
+}
+
+void SchemeList(benchmark::State& state) {
+  const BenchAccount& account = StoredSchemes(static_cast<int>(state.range(0)), 3);
+  Ref<Dictionary> filter = Row({{"RebateClassType", 24}});
+  BaseInfoMgr manager;
+  std::size_t bytes = 0;
+  for (auto _ : state) {
+    const std::size_t before = mallinfo2().uordblks;
+    const Ref<Vector> schemes = manager.LoadSchemeListData(account.dsn(), filter);
+    Require(schemes && schemes->Size() == state.range(0), "the list");
+    bytes = mallinfo2().uordblks - before;
+  }
+  state.counters["bytes_per_scheme"] = static_cast<double>(bytes) / static_cast<double>(state.range(0));
+}
+
+void PlainList(benchmark::State& state) {
+  const BenchAccount& account = StoredSchemes(static_cast<int>(state.range(0)), 3);
+  const PlainDatabase database(account.path());
+  PlainStatement list(
+      database,
+      "select a.FSchemeID,a.FSchemeName,a.FModifyDate,a.FNote,a.FRebateType,"
+      "CASE WHEN ifnull(a.FEnable,0)=0 THEN '禁用' WHEN ifnull(a.FEnable,0)=1 THEN '启用' END AS FEnable,"
+      "b.FTypeName as FRebateMode,c.FName as FCheckerID,'' as FOrg,'' as FOrgDetail,o.FItemID,i.FNumber,"
+      "i.FName from t_FL_SchemeList a inner join t_FL_SchemeMode b on a.FRebateType=b.FRebateType "
+      "inner join t_User c on a.FCheckerID=c.FUserID left join (SELECT DISTINCT FSchemeID, FItemClassID, "
+      "FItemID FROM t_FL_AllOrgs) o on a.FSchemeID=o.FSchemeID LEFT JOIN t_Item i ON "
+      "i.FItemClassID=o.FItemClassID AND i.FItemID=o.FItemID where a.FEnable=1 and b.FRebateClass=24 "
+      "order by a.FModifyDate DESC,a.FSchemeID,i.FNumber");
+  for (auto _ : state) {
+    std::int64_t rows = 0;
+    while (list.Step()) ++rows;
+    list.Reset();
+    Require(rows == state.range(0) * 3, "the plain list");
+  }
+}
+
+BENCHMARK(OverlapCheck)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(SchemeList)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PlainList)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace rebate::bench

@@ -1,0 +1,96 @@
+// Saving a scheme of so many grid rows (one goods and one rate each, ten ranges, ten organisations that stand in every
+// grid row) against the floor: the same final rows written by hand with prepared statements in one transaction.
+
+#include <benchmark/benchmark.h>
+
+#include "bench/bench_account.h"
+#include "platform/automation/conversion.h"
+#include "service/base_info_mgr.h"
+
+namespace rebate::bench {
+namespace {
+
+constexpr int kRanges = 10;
+constexpr int kOrganisations = 10;
+
+struct Request {
+  Ref<Dictionary> type = Row({{"FRebateType", 2041}, {"FRangeItemClass", 4}});
+  Ref<Dictionary> head = Row({{"FSchemeID", 0}, {"FSchemeName", "bench"}, {"FNote", "note"}});
+  Ref<Vector> ranges = New<Vector>();
+  Ref<Vector> organisations = New<Vector>();
+  Ref<Vector> grid_rows = New<Vector>();
+
+  explicit Request(int rows) {
+    for (int i = 0; i < kRanges; ++i) ranges->Add(Row({{"FLowerLimit", i * 100}, {"FUpperLimit", i * 100 + 100}}));
+    for (int i = 1; i <= kOrganisations; ++i) {
+      organisations->Add(Row({{"FRowID", 0}, {"FItemClassID", 8}, {"FItemID", i}, {"FShowName", "organisation"}}));
+    }
+    for (int i = 1; i <= rows; ++i) {
+      Ref<Vector> goods = New<Vector>();
+      goods->Add(Row({{"FRowID", i}, {"FItemID", 1000 + i}, {"FUnitID", 1}, {"FShowName", "goods"}}));
+      Ref<Vector> rates = New<Vector>();
+      rates->Add(Row({{"FRowID", i}, {"FRebateRate", "2.5"}, {"FIndex", i % kRanges + 1}}));
+      grid_rows->Add(Row({{"FItemIDs", goods}, {"FRebateRates", rates}, {"FZH", 0}}));
+    }
+  }
+};
+
+// Each save replaces the one before, so that the account stays as it is and no overlap stands in the way.
+void SaveScheme(benchmark::State& state) {
+  const BenchAccount account;
+  Request request(static_cast<int>(state.range(0)));
+  BaseInfoMgr manager;
+  const ConnectionRef reader = account.Connect();
+  for (auto _ : state) {
+    const Ref<Dictionary> answer = manager.SaveOneSchemeData(account.dsn(), request.type, request.head, request.ranges,
+                                                             request.organisations, request.grid_rows);
+    state.PauseTiming();
+    Require(ToBoolean(answer->Value("OK")), "the save");
+    const Variant id = reader->Execute("select FSchemeID from t_FL_SchemeList")->FieldValue("FSchemeID");
+    manager.DelSchemeData(account.dsn(), ToText(id));
+    state.ResumeTiming();
+  }
+}
+
+void WriteByHand(benchmark::State& state) {
+  const BenchAccount account;
+  PlainDatabase database(account.path());
+  PlainStatement head(database,
+                      "INSERT INTO t_FL_SchemeList (FSchemeNo,FSchemeName,FRebateType,FModifyDate,FCheckerID,FNote,"
+                      "FEnable) VALUES ('0',?,?,'2026-01-01 00:00:00.000',?,?,1)");
+  PlainStatement range(database,
+                       "INSERT INTO t_FL_RebateRange (FLowerLimit,FUpperLimit,FIndex,FSchemeID) VALUES (?,?,?,?)");
+  PlainStatement organisation(
+      database, "INSERT INTO t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID,FShowName) VALUES (?,?,?,?,?)");
+  PlainStatement goods(database,
+                       "INSERT INTO t_FL_AllItems (FSchemeID,FRowID,FItemID,FUnitID,FShowName) VALUES (?,?,?,?,?)");
+  PlainStatement rate(
+      database,
+      "INSERT INTO t_FL_RebateRule (FSchemeID,FRowID,FItemID,FOrgID,FRebateRate,FIndex) VALUES (?,?,?,0,?,?)");
+  const int rows = static_cast<int>(state.range(0));
+  for (auto _ : state) {
+    database.Run("BEGIN IMMEDIATE");
+    head.Run("bench", 2041, 1, "note");
+    const long long id = sqlite3_last_insert_rowid(database.get());
+    for (int i = 0; i < kRanges; ++i) range.Run(i * 100, i * 100 + 100, i + 1, id);
+    for (int k = 1; k <= kOrganisations; ++k) {
+      for (int i = 1; i <= rows; ++i) organisation.Run(id, i, 8, k, "organisation");
+    }
+    for (int i = 1; i <= rows; ++i) {
+      goods.Run(id, i, 1000 + i, 1, "goods");
+      rate.Run(id, i, "1", 2.5, i % kRanges + 1);
+    }
+    database.Run("COMMIT");
+    state.PauseTiming();
+    for (const char* table : {"SchemeList", "RebateRange", "AllOrgs", "AllItems", "RebateRule"}) {
+      database.Run((Text("DELETE FROM t_FL_") + table).c_str());
+    }
+    state.ResumeTiming();
+  }
+}
+
+BENCHMARK(SaveScheme)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(WriteByHand)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+}  // namespace rebate::bench
