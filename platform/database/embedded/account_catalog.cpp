@@ -12,11 +12,17 @@ using tsql::ObjectName;
 using tsql::TableInfo;
 using tsql::TablePtr;
 
-[[noreturn]] void Refuse(Text description) { throw Error(database_error::kStatement, "", std::move(description)); }
+[[noreturn]] void Refuse(Text description) {
+  throw Error(database_error::kStatement, "", std::move(description));
+}
 
-bool IsInternal(std::string_view key) { return key.starts_with("sqlite_") || key == kViewTable; }
+bool IsInternal(std::string_view key) {
+  return key.starts_with("sqlite_") || key == kViewTable;
+}
 
-bool IsTemporary(const ObjectName& name) { return name.name.starts_with('#'); }
+bool IsTemporary(const ObjectName& name) {
+  return name.name.starts_with('#');
+}
 
 // Whether qualifiers such as `dbo` and `tempdb..` may stand before the name.
 bool Reaches(const ObjectName& name) {
@@ -25,13 +31,15 @@ bool Reaches(const ObjectName& name) {
   return owner && database;
 }
 
-Text Statement(sqlite3_stmt* statement, int column) { return Text(ColumnText(statement, column)); }
+Text Statement(sqlite3_stmt* statement, int column) {
+  return Text(ColumnText(statement, column));
+}
 
 std::uint64_t SignatureOf(const TableInfo& table) {
   Text text;
   for (const tsql::ColumnInfo& column : table.columns) {
-    text += column.name + '|' + Declaration(column.type) + (column.nullable ? "|n" : "|") + (column.identity ? "i" : "") +
-            (column.computed ? "c" : "") + column.alias_of + '\n';
+    text += column.name + '|' + Declaration(column.type) + (column.nullable ? "|n" : "|") +
+            (column.identity ? "i" : "") + (column.computed ? "c" : "") + column.alias_of + '\n';
   }
   if (table.view) {
     text = table.view->source;
@@ -41,15 +49,14 @@ std::uint64_t SignatureOf(const TableInfo& table) {
 }
 
 // The column that a computed one repeats under a second name, by the statement that made the table.
-Text AliasOf(std::string_view definition, const Text& column) {
-  const std::size_t at = definition.find(tsql::SqlName(column) + ' ');
+Text AliasOf(std::string_view definition, const tsql::ColumnInfo& column) {
+  Text head = tsql::SqlName(column.name) + ' ' + Declaration(column.type);
+  if (IsText(column.type.kind)) head += " COLLATE " + Text(tsql::kCollation);
+  head += " GENERATED ALWAYS AS (\"";
+  const std::size_t at = definition.find(head);
   if (at == std::string_view::npos) return {};
-  definition.remove_prefix(at);
-  constexpr std::string_view kMark = " GENERATED ALWAYS AS (\"";
-  const std::size_t mark = definition.find(kMark);
-  if (mark == std::string_view::npos) return {};
-  definition.remove_prefix(mark + kMark.size());
-  const std::size_t end = definition.find('"');
+  definition.remove_prefix(at + head.size());
+  const std::size_t end = std::min(definition.find('"'), definition.size());
   return definition.substr(end).starts_with("\") VIRTUAL") ? Text(definition.substr(0, end)) : Text();
 }
 
@@ -59,7 +66,9 @@ Text JoinLines(const std::vector<Text>& lines) {
   return joined;
 }
 
-std::vector<Text> SplitLines(const Text& text) { return text.empty() ? std::vector<Text>() : Split(text, '\n'); }
+std::vector<Text> SplitLines(const Text& text) {
+  return text.empty() ? std::vector<Text>() : Split(text, '\n');
+}
 
 Text WithoutBrackets(std::string_view part) {
   part = Trim(part);
@@ -109,7 +118,8 @@ std::optional<std::int64_t> AccountCatalog::ObjectId(std::string_view name) {
 TablePtr AccountCatalog::LoadTable(const Text& name, bool temporary) {
   const Text schema = temporary ? "tempdb" : "main";
   const StatementHandle query = Prepare(
-      database_, "SELECT name, sql FROM " + schema + ".sqlite_schema WHERE type='table' AND name=?1 COLLATE NOCASE", path_);
+      database_, "SELECT name, sql FROM " + schema + ".sqlite_schema WHERE type='table' AND name=?1 COLLATE NOCASE",
+      path_);
   Bind(query.get(), 1, tsql::Value::Of(std::string_view(name)));
   if (sqlite3_step(query.get()) != SQLITE_ROW) return nullptr;
   auto table = std::make_shared<TableInfo>();
@@ -122,8 +132,8 @@ TablePtr AccountCatalog::LoadTable(const Text& name, bool temporary) {
 
 void AccountCatalog::ReadColumns(TableInfo& table, std::string_view definition) {
   const Text schema = table.temporary ? "tempdb" : "main";
-  const StatementHandle query = Prepare(
-      database_, "SELECT name, type, \"notnull\", pk, hidden FROM pragma_table_xinfo(?1, ?2)", path_);
+  const StatementHandle query =
+      Prepare(database_, "SELECT name, type, \"notnull\", pk, hidden FROM pragma_table_xinfo(?1, ?2)", path_);
   Bind(query.get(), 1, tsql::Value::Of(std::string_view(table.name)));
   Bind(query.get(), 2, tsql::Value::Of(std::string_view(schema)));
   while (sqlite3_step(query.get()) == SQLITE_ROW) {
@@ -131,11 +141,12 @@ void AccountCatalog::ReadColumns(TableInfo& table, std::string_view definition) 
     column.name = Statement(query.get(), 0);
     const std::string_view declared = ColumnText(query.get(), 1);
     // SQLite tells the type of a computed column with the words behind it.
-    column.type = tsql::ParseDeclaration(declared.substr(0, declared.find(' '))).value_or(tsql::TextType(tsql::TypeKind::NVarChar, tsql::DataType::kMaxLength));
+    column.type = tsql::ParseDeclaration(declared.substr(0, declared.find(' ')))
+                      .value_or(tsql::TextType(tsql::TypeKind::NVarChar, tsql::DataType::kMaxLength));
     column.identity = sqlite3_column_int(query.get(), 3) == 1;
     column.nullable = sqlite3_column_int(query.get(), 2) == 0 && !column.identity;
     column.computed = sqlite3_column_int(query.get(), 4) != 0;
-    if (column.computed) column.alias_of = AliasOf(definition, column.name);
+    if (column.computed) column.alias_of = AliasOf(definition, column);
     table.columns.push_back(std::move(column));
   }
 }
@@ -204,7 +215,9 @@ void AccountCatalog::ReturnTo(const Mark& mark) {
 }
 
 void AccountCatalog::Create(const tsql::TableDraft& draft) {
-  if (!Reaches(draft.name)) Refuse("The specified schema name \"" + draft.name.owner + "\" either does not exist or you do not have permission to use it.");
+  if (!Reaches(draft.name))
+    Refuse("The specified schema name \"" + draft.name.owner +
+           "\" either does not exist or you do not have permission to use it.");
   if (Find(draft.name)) RefuseExisting(draft.name);
   if (IsTemporary(draft.name)) return CreateTemporary(draft);
   if (IsInternal(LowerKey(draft.name.name))) RefuseExisting(draft.name);
@@ -256,8 +269,8 @@ void AccountCatalog::CreateView(const tsql::CreateView& statement) {
   const auto view = tsql::ParseView(statement.source, statement.columns);
   const tsql::VariableTypes no_variables;
   CheckView({*this, {}, no_variables}, *view, statement.view.name);
-  const StatementHandle insert = Prepare(
-      database_, "INSERT INTO main." + Text(kViewTable) + "(name, columns, source) VALUES(?1, ?2, ?3)", path_);
+  const StatementHandle insert =
+      Prepare(database_, "INSERT INTO main." + Text(kViewTable) + "(name, columns, source) VALUES(?1, ?2, ?3)", path_);
   Text columns;
   for (const Text& column : statement.columns) columns += (columns.empty() ? "" : "\n") + column;
   Bind(insert.get(), 1, tsql::Value::Of(std::string_view(statement.view.name)));
@@ -297,8 +310,8 @@ void AccountCatalog::DropIndex(const tsql::Drop& statement, const ObjectName& na
   table_name.name = statement.on_table.empty() ? name.owner : statement.on_table;
   const TablePtr table = Find(table_name);
   const Text index = tsql::IndexName(table ? table->name : table_name.name, name.name);
-  const StatementHandle query = Prepare(
-      database_, "SELECT name FROM main.sqlite_schema WHERE type='index' AND name=?1 COLLATE NOCASE", path_);
+  const StatementHandle query =
+      Prepare(database_, "SELECT name FROM main.sqlite_schema WHERE type='index' AND name=?1 COLLATE NOCASE", path_);
   Bind(query.get(), 1, tsql::Value::Of(std::string_view(index)));
   if (sqlite3_step(query.get()) != SQLITE_ROW) {
     if (statement.if_exists) return;
@@ -317,7 +330,8 @@ void AccountCatalog::Truncate(const ObjectName& name) {
   const TablePtr table = FindObject(*this, name);
   if (table->view) Refuse("Cannot truncate '" + table->name + "' because it is not a table.");
   Run(database_, "DELETE FROM " + table->SqlName(), path_);
-  const bool counted = std::any_of(table->columns.begin(), table->columns.end(), [](const auto& c) { return c.identity; });
+  const bool counted =
+      std::any_of(table->columns.begin(), table->columns.end(), [](const auto& c) { return c.identity; });
   if (counted && !table->temporary) {
     Run(database_, "DELETE FROM main.sqlite_sequence WHERE name=" + tsql::SqlString(table->name), path_);
   }
@@ -325,11 +339,10 @@ void AccountCatalog::Truncate(const ObjectName& name) {
 
 Text AccountCatalog::UniqueIndexOver(const TableInfo& table, std::string_view columns) {
   const Text schema = table.temporary ? "tempdb" : "main";
-  const StatementHandle query = Prepare(
-      database_,
-      "SELECT l.name FROM pragma_index_list(?1, ?2) l WHERE l.\"unique\"=1 AND "
-      "(SELECT group_concat(i.name, ', ') FROM pragma_index_info(l.name, ?2) i)=?3",
-      path_);
+  const StatementHandle query = Prepare(database_,
+                                        "SELECT l.name FROM pragma_index_list(?1, ?2) l WHERE l.\"unique\"=1 AND "
+                                        "(SELECT group_concat(i.name, ', ') FROM pragma_index_info(l.name, ?2) i)=?3",
+                                        path_);
   Bind(query.get(), 1, tsql::Value::Of(std::string_view(table.name)));
   Bind(query.get(), 2, tsql::Value::Of(std::string_view(schema)));
   Bind(query.get(), 3, tsql::Value::Of(columns));

@@ -29,8 +29,8 @@ class AccountCatalog : public tsql::Catalog {
   // Null or the number of the object that `name` (`t`, `dbo.t`, `tempdb..#t`) means.
   std::optional<std::int64_t> ObjectId(std::string_view name);
 
-  // Moves whenever something was made or dropped, here or elsewhere: what was emitted before is good only if the objects
-  // that it uses have the signatures that they had.
+  // Moves whenever something was made or dropped, here or elsewhere: what was emitted before is good only if the
+  // objects that it uses have the signatures that they had.
   std::uint64_t epoch() const { return epoch_; }
   // Forgets what it knows of the permanent objects where another connection has changed any.
   void NoticeChanges();

@@ -29,7 +29,9 @@ BatchRunner::Flow BatchRunner::RunSteps(std::vector<Step>& steps) {
   return Flow::Next;
 }
 
-tsql::Surroundings BatchRunner::Surround() { return {session_.catalog(), literals_, program_->variables}; }
+tsql::Surroundings BatchRunner::Surround() {
+  return {session_.catalog(), literals_, program_->variables};
+}
 
 // ---- what each kind of statement does ----
 
@@ -107,9 +109,7 @@ struct BatchRunner::Visitor {
     runner.session_.RollbackTransaction();
     return Flow::Next;
   }
-  Flow operator()(const tsql::Jump& node) {
-    return node.kind == tsql::LoopJump::Break ? Flow::Break : Flow::Continue;
-  }
+  Flow operator()(const tsql::Jump& node) { return node.kind == tsql::LoopJump::Break ? Flow::Break : Flow::Continue; }
   Flow operator()(const tsql::Return&) { return Flow::Return; }
 
   template <typename Work>
@@ -194,7 +194,8 @@ void BatchRunner::BindParameters(PreparedCommand& prepared) {
   Text instant;
   const std::vector<Parameter>& parameters = prepared.command.parameters;
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    Bind(prepared.statement.get(), static_cast<int>(i) + 1, ParameterValue(parameters[i], prepared.scratch[i], instant));
+    Bind(prepared.statement.get(), static_cast<int>(i) + 1,
+         ParameterValue(parameters[i], prepared.scratch[i], instant));
   }
 }
 
@@ -290,7 +291,8 @@ void BatchRunner::CheckIdentity(const tsql::Command& command) const {
 }
 
 void BatchRunner::NoteIdentity(const tsql::TableInfo& table) {
-  const bool counted = std::any_of(table.columns.begin(), table.columns.end(), [](const auto& c) { return c.identity; });
+  const bool counted =
+      std::any_of(table.columns.begin(), table.columns.end(), [](const auto& c) { return c.identity; });
   session_.identity.reset();
   if (counted && session_.row_count > 0) session_.identity = sqlite3_last_insert_rowid(session_.database());
 }
@@ -320,7 +322,8 @@ void BatchRunner::RunSelectInto(PreparedCommand& prepared) {
 void BatchRunner::SetOption(const tsql::SetOption& option) {
   if (option.option != "identity_insert") return;
   const tsql::TablePtr table = FindObject(session_.catalog(), option.table);
-  const bool counted = std::any_of(table->columns.begin(), table->columns.end(), [](const auto& c) { return c.identity; });
+  const bool counted =
+      std::any_of(table->columns.begin(), table->columns.end(), [](const auto& c) { return c.identity; });
   if (!counted) {
     throw Error(database_error::kStatement, "",
                 "Table '" + table->name + "' does not have the identity property. Cannot perform SET operation.");

@@ -11,8 +11,8 @@ class BatchRunner {
  public:
   explicit BatchRunner(Session& session) : session_(session) {}
 
-  // Runs the program with these literals. Raises the error of the first statement that is refused. Gives false where the
-  // batch ends here.
+  // Runs the program with these literals. Raises the error of the first statement that is refused. Gives false where
+  // the batch ends here.
   bool Run(Program& program, std::span<const tsql::LiteralToken> literals);
 
   // The first row set that a statement gave; null where none did.

@@ -20,20 +20,28 @@ Moment MomentOf(sqlite3_value* value) {
   return *moment;
 }
 
-DatePart PartOf(sqlite3_value* value) { return static_cast<DatePart>(sqlite3_value_int(value)); }
+DatePart PartOf(sqlite3_value* value) {
+  return static_cast<DatePart>(sqlite3_value_int(value));
+}
 
-void GiveMoment(sqlite3_context* context, const Moment& moment) { GiveText(context, tsql::FormatMoment(moment)); }
+void GiveMoment(sqlite3_context* context, const Moment& moment) {
+  GiveText(context, tsql::FormatMoment(moment));
+}
 
-void NowFunction(sqlite3_context* context, int, sqlite3_value**) { GiveMoment(context, tsql::Now()); }
+void NowFunction(sqlite3_context* context, int, sqlite3_value**) {
+  GiveMoment(context, tsql::Now());
+}
 
 void DateAdd(sqlite3_context* context, int, sqlite3_value** arguments) {
-  const auto moment = tsql::AddToMoment(PartOf(arguments[0]), sqlite3_value_int64(arguments[1]), MomentOf(arguments[2]));
+  const auto moment =
+      tsql::AddToMoment(PartOf(arguments[0]), sqlite3_value_int64(arguments[1]), MomentOf(arguments[2]));
   if (!moment) RefuseOverflow();
   GiveMoment(context, *moment);
 }
 
 void DateDiff(sqlite3_context* context, int, sqlite3_value** arguments) {
-  const std::int64_t count = tsql::MomentDifference(PartOf(arguments[0]), MomentOf(arguments[1]), MomentOf(arguments[2]));
+  const std::int64_t count =
+      tsql::MomentDifference(PartOf(arguments[0]), MomentOf(arguments[1]), MomentOf(arguments[2]));
   if (count != static_cast<std::int32_t>(count)) {
     throw Error(database_error::kStatement, "",
                 "The datediff function resulted in an overflow. The number of dateparts separating two date/time "
@@ -87,6 +95,8 @@ constexpr FunctionDefinition kFunctions[] = {
 
 }  // namespace
 
-std::span<const FunctionDefinition> DateFunctions() { return kFunctions; }
+std::span<const FunctionDefinition> DateFunctions() {
+  return kFunctions;
+}
 
 }  // namespace rebate

@@ -16,7 +16,9 @@ namespace {
 constexpr std::int64_t kApplicationId = 0x52424154;  // marks a SQLite file as an account
 constexpr std::int64_t kVersion = 1;                 // of what stands in the file beside the tables
 
-[[noreturn]] void Refuse(Text description) { throw Error(database_error::kConnection, "", std::move(description)); }
+[[noreturn]] void Refuse(Text description) {
+  throw Error(database_error::kConnection, "", std::move(description));
+}
 
 DatabaseHandle OpenFile(const Text& path, std::chrono::milliseconds lock_wait) {
   sqlite3* raw = nullptr;
@@ -79,8 +81,8 @@ void BuildAccount(sqlite3* database, const Text& path) {
   Run(database,
       "BEGIN IMMEDIATE; CREATE TABLE " + Text(kViewTable) +
           "(name TEXT NOT NULL PRIMARY KEY COLLATE NOCASE, columns TEXT NOT NULL, source TEXT NOT NULL) WITHOUT ROWID;"
-          "PRAGMA application_id=" + std::to_string(kApplicationId) + ";PRAGMA user_version=" + std::to_string(kVersion) +
-          ";COMMIT",
+          "PRAGMA application_id=" +
+          std::to_string(kApplicationId) + ";PRAGMA user_version=" + std::to_string(kVersion) + ";COMMIT",
       path);
 }
 
@@ -106,7 +108,8 @@ ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wa
   const int file = open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0644);
   if (file < 0) {
     const std::error_code error(errno, std::generic_category());
-    if (error == std::errc::file_exists) Refuse("There is something at " + path + " already; a new account needs a path of its own.");
+    if (error == std::errc::file_exists)
+      Refuse("There is something at " + path + " already; a new account needs a path of its own.");
     Refuse("The account " + path + " can't be made: " + error.message() + ".");
   }
   close(file);

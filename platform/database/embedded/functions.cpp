@@ -13,8 +13,8 @@ int CompareTexts(void*, int left_size, const void* left, int right_size, const v
 
 void Register(sqlite3* database, const FunctionDefinition& definition) {
   const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS | (definition.deterministic ? SQLITE_DETERMINISTIC : 0);
-  sqlite3_create_function_v2(database, definition.name, definition.arguments, flags, nullptr, definition.function, nullptr,
-                             nullptr, nullptr);
+  sqlite3_create_function_v2(database, definition.name, definition.arguments, flags, nullptr, definition.function,
+                             nullptr, nullptr, nullptr);
 }
 
 }  // namespace
@@ -40,7 +40,8 @@ tsql::Value ValueOf(sqlite3_value* value) {
 }
 
 void GiveText(sqlite3_context* context, std::string_view text) {
-  sqlite3_result_text(context, text.data() != nullptr ? text.data() : "", static_cast<int>(text.size()), SQLITE_TRANSIENT);
+  sqlite3_result_text(context, text.data() != nullptr ? text.data() : "", static_cast<int>(text.size()),
+                      SQLITE_TRANSIENT);
 }
 
 void Give(sqlite3_context* context, const tsql::Value& value) {

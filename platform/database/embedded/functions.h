@@ -28,8 +28,8 @@ std::span<const FunctionDefinition> TextFunctions();
 std::span<const FunctionDefinition> NumberFunctions();
 std::span<const FunctionDefinition> DateFunctions();
 
-// Wraps a body that works with values, for a function that is Null where one of its arguments is: what it raises becomes
-// the statement's error.
+// Wraps a body that works with values, for a function that is Null where one of its arguments is: what it raises
+// becomes the statement's error.
 template <void (*Body)(sqlite3_context*, int, sqlite3_value**)>
 void Guarded(sqlite3_context* context, int count, sqlite3_value** arguments) {
   for (int i = 0; i < count; ++i) {

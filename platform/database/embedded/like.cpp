@@ -19,7 +19,9 @@ struct Cursor {
   }
 };
 
-Cursor CursorOf(std::string_view text) { return {text.data(), text.data() + text.size()}; }
+Cursor CursorOf(std::string_view text) {
+  return {text.data(), text.data() + text.size()};
+}
 
 class Pattern {
  public:

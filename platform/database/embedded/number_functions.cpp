@@ -9,7 +9,9 @@ namespace {
 
 using tsql::Value;
 
-[[noreturn]] void Refuse(std::string_view description) { throw Error(database_error::kStatement, "", Text(description)); }
+[[noreturn]] void Refuse(std::string_view description) {
+  throw Error(database_error::kStatement, "", Text(description));
+}
 
 template <tsql::Purpose kPurpose>
 void ConvertFunction(sqlite3_context* context, int count, sqlite3_value** arguments) {
@@ -99,18 +101,32 @@ void Plain(sqlite3_context* context, int, sqlite3_value** arguments) {
   GiveFinite(context, Function(sqlite3_value_double(arguments[0])));
 }
 
-double SquareOf(double number) { return number * number; }
-double FloorOf(double number) { return std::floor(number); }
-double CeilingOf(double number) { return std::ceil(number); }
-double RootOf(double number) { return std::sqrt(number); }
-double PowerOfE(double number) { return std::exp(number); }
-double LogOf(double number) { return std::log(number); }
+double SquareOf(double number) {
+  return number * number;
+}
+double FloorOf(double number) {
+  return std::floor(number);
+}
+double CeilingOf(double number) {
+  return std::ceil(number);
+}
+double RootOf(double number) {
+  return std::sqrt(number);
+}
+double PowerOfE(double number) {
+  return std::exp(number);
+}
+double LogOf(double number) {
+  return std::log(number);
+}
 
 void Power(sqlite3_context* context, int, sqlite3_value** arguments) {
   GiveFinite(context, std::pow(sqlite3_value_double(arguments[0]), sqlite3_value_double(arguments[1])));
 }
 
-void Pi(sqlite3_context* context, int, sqlite3_value**) { sqlite3_result_double(context, std::numbers::pi); }
+void Pi(sqlite3_context* context, int, sqlite3_value**) {
+  sqlite3_result_double(context, std::numbers::pi);
+}
 
 std::mt19937_64& Generator() {
   thread_local std::mt19937_64 generator{std::random_device{}()};
@@ -125,10 +141,10 @@ void NewId(sqlite3_context* context, int, sqlite3_value**) {
   const std::uint64_t high = Generator()();
   const std::uint64_t low = Generator()();
   char text[40];
-  const int length = std::snprintf(
-      text, sizeof text, "%08X-%04X-4%03X-%04X-%012llX", static_cast<unsigned>(high >> 32),
-      static_cast<unsigned>(high >> 16 & 0xFFFF), static_cast<unsigned>(high & 0xFFF),
-      static_cast<unsigned>((low >> 48 & 0x3FFF) | 0x8000), static_cast<unsigned long long>(low & 0xFFFFFFFFFFFF));
+  const int length = std::snprintf(text, sizeof text, "%08X-%04X-4%03X-%04X-%012llX", static_cast<unsigned>(high >> 32),
+                                   static_cast<unsigned>(high >> 16 & 0xFFFF), static_cast<unsigned>(high & 0xFFF),
+                                   static_cast<unsigned>((low >> 48 & 0x3FFF) | 0x8000),
+                                   static_cast<unsigned long long>(low & 0xFFFFFFFFFFFF));
   GiveText(context, {text, static_cast<std::size_t>(length)});
 }
 
@@ -157,6 +173,8 @@ constexpr FunctionDefinition kFunctions[] = {
 
 }  // namespace
 
-std::span<const FunctionDefinition> NumberFunctions() { return kFunctions; }
+std::span<const FunctionDefinition> NumberFunctions() {
+  return kFunctions;
+}
 
 }  // namespace rebate

@@ -49,7 +49,8 @@ struct Program {
 
 using ProgramPtr = std::shared_ptr<Program>;
 
-// The programs of a connection, by the shape of their batches. The least recently used one goes where there are too many.
+// The programs of a connection, by the shape of their batches. The least recently used one goes where there are too
+// many.
 class ProgramCache {
  public:
   static constexpr std::size_t kCapacity = 512;

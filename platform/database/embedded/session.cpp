@@ -57,7 +57,8 @@ void Session::CommitWork() {
   if (!unit_open_) return;
   if (lost_) {
     RollbackWork();
-    throw Error(database_error::kStatement, "", "The transaction was undone by an earlier error and can't be committed.");
+    throw Error(database_error::kStatement, "",
+                "The transaction was undone by an earlier error and can't be committed.");
   }
   try {
     if (begun_) Step(commit_.get());

@@ -15,7 +15,8 @@ Error SqliteError(sqlite3* database, int result, const Text& path) {
     case SQLITE_NOTADB:
     case SQLITE_CANTOPEN:
     case SQLITE_READONLY:
-      return Error(database_error::kConnection, "", "The account " + path + " can't be read or written: " + message + ".");
+      return Error(database_error::kConnection, "",
+                   "The account " + path + " can't be read or written: " + message + ".");
     default:
       return Error(database_error::kStatement, "", message);
   }

@@ -14,7 +14,9 @@ using tsql::FirstUnits;
 
 constexpr std::string_view kBadLength = "Invalid length parameter passed to the LEFT or SUBSTRING function.";
 
-[[noreturn]] void Refuse(std::string_view description) { throw Error(database_error::kStatement, "", Text(description)); }
+[[noreturn]] void Refuse(std::string_view description) {
+  throw Error(database_error::kStatement, "", Text(description));
+}
 
 std::string_view Skip(std::string_view text, std::int64_t units) {
   return text.substr(FirstUnits(text, static_cast<std::size_t>(std::max<std::int64_t>(units, 0)), true).size());
@@ -175,7 +177,8 @@ void Str(sqlite3_context* context, int count, sqlite3_value** arguments) {
   const int scale = static_cast<int>(decimals);
   const double number = tsql::RoundHalfAway(sqlite3_value_double(arguments[0]), scale);
   std::array<char, 400> buffer{};
-  Text text(buffer.data(), static_cast<std::size_t>(std::snprintf(buffer.data(), buffer.size(), "%.*f", scale, number)));
+  Text text(buffer.data(),
+            static_cast<std::size_t>(std::snprintf(buffer.data(), buffer.size(), "%.*f", scale, number)));
   const std::size_t width = static_cast<std::size_t>(length);
   const std::size_t whole = std::min(text.find('.'), text.size());
   if (whole > width) {
@@ -243,6 +246,8 @@ constexpr FunctionDefinition kFunctions[] = {
 
 }  // namespace
 
-std::span<const FunctionDefinition> TextFunctions() { return kFunctions; }
+std::span<const FunctionDefinition> TextFunctions() {
+  return kFunctions;
+}
 
 }  // namespace rebate

@@ -16,13 +16,12 @@ struct Spelling {
 };
 
 // A select begins no part of its own: it may belong to the insert before it.
-constexpr Spelling kSpellings[] = {{"begin", Word::Begin},       {"break", Word::Whole},        {"case", Word::Case},
-                                   {"commit", Word::Statement},  {"continue", Word::Whole},     {"create", Word::Whole},
-                                   {"declare", Word::Whole},     {"delete", Word::Statement},   {"drop", Word::Whole},
-                                   {"else", Word::Else},         {"end", Word::End},            {"if", Word::If},
-                                   {"insert", Word::Statement},  {"print", Word::Statement},    {"return", Word::Whole},
-                                   {"rollback", Word::Statement}, {"truncate", Word::Statement}, {"update", Word::Statement},
-                                   {"while", Word::If}};
+constexpr Spelling kSpellings[] = {
+    {"begin", Word::Begin},        {"break", Word::Whole},      {"case", Word::Case},     {"commit", Word::Statement},
+    {"continue", Word::Whole},     {"create", Word::Whole},     {"declare", Word::Whole}, {"delete", Word::Statement},
+    {"drop", Word::Whole},         {"else", Word::Else},        {"end", Word::End},       {"if", Word::If},
+    {"insert", Word::Statement},   {"print", Word::Statement},  {"return", Word::Whole},  {"rollback", Word::Statement},
+    {"truncate", Word::Statement}, {"update", Word::Statement}, {"while", Word::If}};
 
 Word WordOf(std::string_view text) {
   if (text.size() < 2 || text.size() > 8) return Word::Other;
@@ -33,8 +32,8 @@ Word WordOf(std::string_view text) {
 }
 
 bool IsWordPart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '#' || c == '@' ||
-         c == '$' || static_cast<unsigned char>(c) >= 0x80;
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '#' ||
+         c == '@' || c == '$' || static_cast<unsigned char>(c) >= 0x80;
 }
 
 // Walks over the words of a batch that stand outside of quotes, comments and parentheses.

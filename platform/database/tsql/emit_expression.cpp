@@ -306,23 +306,22 @@ Term Emitter::EmitSum(const Term& left, const Term& right, BinaryOperator operat
   return EmitArithmetic(left, right, operation);
 }
 
-// Gives a decimal literal the scale that it is written with: the tree then serves only batches with the same digits.
-void Emitter::PinLiteral(const Term& term) {
-  if (!in_view_ && !inline_literals_) command_.pins.push_back(term.literal->index);
+// Gives a number in a decimal division the digits that it is written with, since these decide about those of the
+// result: the tree then serves only batches with the same number there.
+void Emitter::MeasureLiteral(Term& term) {
+  if (!term.literal || !(IsExactNumber(term.type.kind) || IsInteger(term.type.kind))) return;
+  if (!inline_literals_) command_.pins.push_back(term.literal->index);
+  const std::string_view digits = literals_[term.literal->index].text;
+  const std::size_t point = digits.find('.');
+  const int scale = point == std::string_view::npos ? 0 : static_cast<int>(digits.size() - point - 1);
+  term.type = DecimalType(static_cast<int>(digits.size()) - (point == std::string_view::npos ? 0 : 1), scale);
 }
 
 Term Emitter::EmitArithmetic(const Term& left_in, const Term& right_in, BinaryOperator operation) {
   Term left = left_in;
   Term right = right_in;
-  if (operation == BinaryOperator::Divide) {
-    for (Term* term : {&left, &right}) {
-      if (!term->literal || term->literal->kind != LiteralKind::Decimal) continue;
-      PinLiteral(*term);
-      const std::string_view digits = literals_[term->literal->index].text;
-      const std::size_t point = digits.find('.');
-      const int scale = point == std::string_view::npos ? 0 : static_cast<int>(digits.size() - point - 1);
-      term->type = DecimalType(static_cast<int>(digits.size()) - (scale > 0 ? 1 : 0), scale);
-    }
+  if (operation == BinaryOperator::Divide && CommonType(left.type, right.type).kind == TypeKind::Decimal) {
+    for (Term* term : {&left, &right}) MeasureLiteral(*term);
   }
   if (left.null_literal) left.type = right.type;
   if (right.null_literal) right.type = left.type;

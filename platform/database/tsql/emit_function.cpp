@@ -135,8 +135,10 @@ Term Emitter::EmitFunction(const FunctionCall& call, Scope& scope) {
     Term term;
     term.sql = Text(function.sql) + '(';
     term.type = ArgumentType(function.result);
+    bool two_bytes = false;  // for each unit of the first argument
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
       const Term argument = EmitExpression(*call.arguments[i], scope);
+      if (i == 0) two_bytes = IsNational(argument.type.kind);
       if (i == 0 && function.result == '1' && IsText(argument.type.kind)) {
         term.type = argument.type;
         if (!term.null_literal && term.type.kind == TypeKind::Char) term.type.kind = TypeKind::VarChar;
@@ -147,6 +149,7 @@ Term Emitter::EmitFunction(const FunctionCall& call, Scope& scope) {
       term.sql += letters[i] == 't' ? Coerce(argument, type) : ConvertTo(argument, type, Purpose::Cast);
     }
     term.sql += ')';
+    if (name == "datalength" && two_bytes) term.sql = "(2*" + term.sql + ')';
     return term;
   }
   RefuseStatement("'" + call.name + "' is not a recognized built-in function name.");
@@ -201,9 +204,8 @@ Term Emitter::EmitConditional(const FunctionCall& call, Scope& scope, std::strin
   std::vector<Term> arguments;
   for (const ExpressionPtr& argument : call.arguments) arguments.push_back(EmitExpression(*argument, scope));
   Term term;
-  const Term* typed = &arguments.front();
-  if (typed->null_literal) typed = &arguments[1];
-  term.type = typed->type;
+  const auto typed = std::find_if(arguments.begin(), arguments.end(), [](const Term& a) { return !a.null_literal; });
+  term.type = typed == arguments.end() ? IntType() : typed->type;
   if (name == "nullif") {
     // The first argument twice: once to compare and once to give.
     const Text condition = EmitComparison(arguments[0], arguments[1], "=");

@@ -158,6 +158,8 @@ Text Emitter::EmitCore(const SelectCore& core, const std::vector<OrderItem>& ord
     groups.push_back(Collated(term, Render(term)));
   }
   scope.collecting_group = false;
+  // SQLite wants a group where only the condition on groups has an aggregate.
+  if (core.having && groups.empty()) groups.push_back("NULL");
 
   Items items{outputs, {}, targets};
   EmitItems(core, scope, items);

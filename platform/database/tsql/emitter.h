@@ -93,7 +93,7 @@ class Emitter {
   Text EmitInSelect(const InSelect& in, Scope& scope);
   Text EmitBetween(const Between& between, Scope& scope);
   Text EmitLike(const Like& like, Scope& scope);
-  void PinLiteral(const Term& term);
+  void MeasureLiteral(Term& term);
 
   Term EmitAggregate(const FunctionCall& call, Scope& scope);
   Term EmitConditional(const FunctionCall& call, Scope& scope, std::string_view name);

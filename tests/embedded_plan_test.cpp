@@ -1,0 +1,114 @@
+#include "platform/database/embedded/functions.h"
+#include "platform/database/embedded/session.h"
+#include "platform/database/tsql/parser.h"
+#include "tests/embedded_kit.h"
+
+namespace rebate {
+namespace {
+
+// Asks SQLite how it would run what a statement is emitted as.
+class EmbeddedPlan : public EmbeddedTest {
+ protected:
+  EmbeddedPlan() {
+    MakeSchema();
+    sqlite3* database = nullptr;
+    sqlite3_open(path_.c_str(), &database);
+    RegisterFunctions(database);
+    sqlite3_exec(database, "ATTACH ':memory:' AS tempdb", nullptr, nullptr, nullptr);
+    session_ = std::make_unique<Session>(DatabaseHandle(database), path_);
+  }
+  ~EmbeddedPlan() override { session_ = nullptr; }
+
+  template <typename Node, typename Emit>
+  tsql::Command EmitFirst(std::string_view text, const Emit& emit) {
+    ReadShape(text, shape_);
+    batch_ = tsql::Parse(text);
+    return emit(tsql::Surroundings{session_->catalog(), shape_.literals, variables_},
+                std::get<Node>(batch_.statements.front()->node));
+  }
+  tsql::Command EmitSelect(std::string_view text) {
+    return EmitFirst<tsql::SelectStatement>(
+        text, [](const auto& surroundings, const auto& node) { return EmitQuery(surroundings, *node.select); });
+  }
+
+  // The lines of the plan.
+  std::vector<Text> Plan(const tsql::Command& command) {
+    const StatementHandle query = Prepare(session_->database(), "EXPLAIN QUERY PLAN " + command.sql, path_);
+    std::vector<Text> lines;
+    while (sqlite3_step(query.get()) == SQLITE_ROW) lines.emplace_back(ColumnText(query.get(), 3));
+    return lines;
+  }
+  static bool Has(const std::vector<Text>& plan, std::string_view beginning) {
+    return std::any_of(plan.begin(), plan.end(), [&](const Text& line) { return line.starts_with(beginning); });
+  }
+  static Text Joined(const std::vector<Text>& plan) {
+    Text text;
+    for (const Text& line : plan) text += line + '\n';
+    return text;
+  }
+
+  std::unique_ptr<Session> session_;
+  tsql::Shape shape_;
+  tsql::Batch batch_;
+  tsql::VariableTypes variables_;
+};
+
+constexpr const char* kOverlap =
+    "SELECT FSchemeName,FOrgIDNew,FOrgNumber,FOrgName,  \r\n"
+    "(CASE WHEN FOrgID=0 THEN '全部' + ISNULL(FItemClassName,'')  ELSE '' END )AS FOrgRemark \r\nFROM (\r\n"
+    "    SELECT l.FSchemeName,v.FItemIDNew AS FOrgIDNew,j.FOrgNumber,j.FOrgName,v.FItemID AS FOrgID,c.FName as "
+    "FItemClassName \r\n    FROM \r\n"
+    "    (SELECT FSchemeID,FSchemeNo, FSchemeName FROM t_FL_SchemeList WHERE FRebateType =2040 AND FSchemeID <>7 AND "
+    "FEnable =1) l \r\n"
+    "    LEFT JOIN VW_FL_SchemeOrg v ON l.FSchemeID =v.FSchemeID \r\n"
+    "    LEFT JOIN t_ItemClass  c ON v.FItemClassID =c.FItemClassID \r\n"
+    "    INNER JOIN #TMP_OrgJoinItem j ON j.FOrgID=v.FItemIDNew \r\n"
+    "    GROUP BY l.FSchemeName,v.FItemIDNew,j.FOrgNumber,j.FOrgName,v.FItemID,c.FName \r\n"
+    ") X \r\nORDER BY FSchemeName,FOrgName";
+
+TEST_F(EmbeddedPlan, OverlapQueryStartsFromTheRequest) {
+  tsql::Batch make = tsql::Parse(
+      "create table #TMP_OrgJoinItem (FOrgID int, FItemClassID int, FItemID int, FOrgNumber nvarchar(255), FOrgName "
+      "nvarchar(255), FNumber nvarchar(255), FName nvarchar(255))");
+  session_->catalog().Create(
+      DraftTable({session_->catalog(), {}, variables_}, std::get<tsql::CreateTable>(make.statements.front()->node)));
+  const std::vector<Text> plan = Plan(EmitSelect(kOverlap));
+  EXPECT_TRUE(Has(plan, "SCAN j")) << Joined(plan);
+  EXPECT_TRUE(Has(plan, "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Item")) << Joined(plan);
+  EXPECT_TRUE(Has(plan, "SEARCH t_fl_schemelist USING INTEGER PRIMARY KEY")) << Joined(plan);
+  for (const char* table : {"o", "i", "l", "c", "v", "t_fl_schemelist"}) {
+    EXPECT_FALSE(Has(plan, "SCAN " + Text(table))) << Joined(plan);
+  }
+}
+
+TEST_F(EmbeddedPlan, KeysAndIndexesServeTheStatements) {
+  struct {
+    const char* text;
+    const char* line;
+  } cases[] = {
+      {"select l.*,u.FName AS FCheckerName from t_FL_SchemeList l left join t_User u on l.FCheckerID =u.FUserID where "
+       "FSchemeID=7",
+       "SEARCH l USING INTEGER PRIMARY KEY"},
+      {"select FSchemeName from t_FL_SchemeList where FID='7'", "SEARCH t_fl_schemelist USING INTEGER PRIMARY KEY"},
+      {"select FID from t_FL_RebateRange where FClassTypeID=2040 and FSchemeID='7'",
+       "SEARCH t_fl_rebaterange USING COVERING INDEX t_FL_RebateRange.IX_FL_RebateRange_Type (FClassTypeID=? AND "
+       "FSchemeID=?)"},
+      {"select o.*,ISNULL(i.FNumber,'') as FNumber from t_FL_AllOrgs o left join t_Item i on i.FItemClassID "
+       "=o.FItemClassID and i.FItemID =o.FItemID where FSchemeID=7 order by o.FRowID,i.FNumber",
+       "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
+      {"select distinct FSchemeID from VW_FL_SchemeOrg where FSchemeID in (1,2)",
+       "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
+  };
+  for (const auto& one : cases) {
+    const std::vector<Text> plan = Plan(EmitSelect(one.text));
+    EXPECT_TRUE(Has(plan, one.line)) << one.text << '\n' << Joined(plan);
+  }
+  const auto update = EmitFirst<tsql::Update>(
+      "update l set l.FEnable =0 from t_FL_SchemeList l inner join (select FRebateType from t_FL_SchemeList where "
+      "FSchemeID =7) e on l.FRebateType=e.FRebateType where l.FEnable =1 and l.FSchemeID<>7",
+      [](const auto& surroundings, const auto& node) { return EmitUpdate(surroundings, node); });
+  EXPECT_FALSE(Has(Plan(update), "SCAN")) << Joined(Plan(update));
+}
+
+}  // namespace
+}  // namespace rebate
