@@ -9,7 +9,7 @@ namespace rebate {
 namespace {
 
 // The set of ranges that one save replaces: those of a type under one scheme id. The type's ranges and rules under any
-// other scheme id are left alone by every statement here.
+// other scheme id are left alone by every statement here; rows without a scheme id belong to the set without a scheme.
 struct RangeSet {
   Long type;
   Long scheme_id;
@@ -35,8 +35,9 @@ Text RangeBlock(const RangeSet& set, const Dictionary& row) {
 
 // Marks all ranges of the set and confirms or adds the ones that stay.
 Text ConfirmBatch(const RangeSet& set, const Vector& rows) {
-  Text batch = Statement("begin tran Update t_FL_RebateRange set FFlag=-1 where FClassTypeID={} and FSchemeID={}\r\n",
-                         set.type, set.scheme_id);
+  Text batch =
+      Statement("begin tran Update t_FL_RebateRange set FFlag=-1 where FClassTypeID={} and IsNull(FSchemeID,0)={}\r\n",
+                set.type, set.scheme_id);
   for (Long i = 1; i <= rows.Size(); ++i) batch += RangeBlock(set, *ObjectAs<Dictionary>(rows.Item(i)));
   return batch + "Commit tran";
 }
@@ -49,7 +50,6 @@ Text RenumberRules(const RangeSet& set) {
       set.type, set.scheme_id);
 }
 
-// A rule that was written without a scheme id belongs to the set without a scheme.
 Text RelinkRules(const RangeSet& set) {
   return Statement(
       "update a set a.FAmtRangeID=b.FID from t_FL_RebateRule a inner join t_FL_RebateRange b on b.FIndex=a.FIndex "
@@ -59,8 +59,8 @@ Text RelinkRules(const RangeSet& set) {
 }
 
 Text RemoveUnconfirmed(const RangeSet& set) {
-  return Statement("Delete from t_FL_RebateRange where FClassTypeID={} and FFlag=-1 and FSchemeID={} \r\n", set.type,
-                   set.scheme_id);
+  return Statement("Delete from t_FL_RebateRange where FClassTypeID={} and FFlag=-1 and IsNull(FSchemeID,0)={} \r\n",
+                   set.type, set.scheme_id);
 }
 
 // A rule that matches no range that is left, in id and position, keeps its row and loses its rate.

@@ -41,7 +41,7 @@ create table t_FL_RebateRange (
   FFlag int default 1
 )
 create index IX_FL_RebateRange_Scheme on t_FL_RebateRange (FSchemeID)
-create index IX_FL_RebateRange_Type on t_FL_RebateRange (FClassTypeID, FSchemeID)
+create index IX_FL_RebateRange_Type on t_FL_RebateRange (FClassTypeID, FSchemeID, FLowerLimit)
 
 create table t_FL_RebateRule (
   FID int identity(1,1) not null primary key,
@@ -155,17 +155,20 @@ create table t_ICItem (
   FNumber nvarchar(255),
   FName nvarchar(255),
   FModel nvarchar(255),
-  FUnitGroupID int,
   FDeleted int default 0
 )
 
 create table t_MeasureUnit (
   FItemID int not null primary key,
-  FUnitGroupID int,
   FNumber nvarchar(255),
   FName nvarchar(255)
 )
-create index IX_MeasureUnit_Group on t_MeasureUnit (FUnitGroupID)
+
+create table t_ItemUnit (
+  FSrcItemId int not null,
+  FItemID int not null,
+  constraint PK_ItemUnit primary key (FSrcItemId, FItemID)
+)
 
 create table t_User (
   FUserID int not null primary key,
@@ -186,11 +189,13 @@ inner join t_Item i on i.FItemClassID = o.FItemClassID
 where o.FItemID = 0
 GO
 
--- The units in which each goods item can be counted.
+-- The units in which each goods item can be counted. It reads one table, so that a join to it from the left can still
+-- be narrowed by the goods item.
 create view vw_Unit as
-select g.FItemID as FSrcItemId, u.FItemID, u.FNumber, u.FName
-from t_ICItem g
-inner join t_MeasureUnit u on u.FUnitGroupID = g.FUnitGroupID
+select p.FSrcItemId, p.FItemID,
+  (select u.FNumber from t_MeasureUnit u where u.FItemID = p.FItemID) as FNumber,
+  (select u.FName from t_MeasureUnit u where u.FItemID = p.FItemID) as FName
+from t_ItemUnit p
 GO
 
 -- FRebateTarget: 1 money, 2 goods. The key words name the figure that a rebate is counted from, and what it gives.

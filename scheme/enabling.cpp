@@ -1,4 +1,5 @@
 #include "platform/automation/conversion.h"
+#include "platform/containers/null_to_default.h"
 #include "service/base_info_mgr.h"
 #include "service/statement_text.h"
 
@@ -56,7 +57,8 @@ bool BaseInfoMgr::CheckEnableScheme(const Text& sDsn, Long lSchemeID, bool Enabl
     if (Enabled) {
       const RecordsetRef siblings = call.Execute(EnabledSiblingsQuery(lSchemeID));
       if (!siblings->Eof()) {
-        msg = SiblingQuestion(ToText(siblings->FieldValue("FTypeName")), ToText(siblings->FieldValue("FSchemeName")));
+        msg = SiblingQuestion(ToText(NullToDefault(siblings->FieldValue("FTypeName"), "")),
+                              ToText(NullToDefault(siblings->FieldValue("FSchemeName"), "")));
       }
       siblings->Close();
     }

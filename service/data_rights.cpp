@@ -25,6 +25,11 @@ constexpr Long kOuterLogin = 1;
 // Set once NeedAuthrize has asked the security component on the thread.
 thread_local bool asked_on_this_thread = false;
 
+void Write(const ObjectRef& cache, const Text& key, const Variant& value) {
+  Variant arguments[] = {key, value};
+  cache->Invoke("SetItem", arguments);
+}
+
 Variant FetchNeedAuthrize() {
   LoginComponent security = LoginComponent::ThroughCreator(login_component::kSecurityInfo);
   Variant outcome = security.Call("NeedAutorized", {GetProperty("PropsString")});
@@ -36,7 +41,7 @@ Variant FetchNeedAuthrize() {
 std::optional<LoginComponent> Created(std::string_view program_id) {
   try {
     return LoginComponent(program_id);
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     return std::nullopt;
   }
 }
@@ -46,14 +51,19 @@ Long PropertyMode(std::optional<LoginComponent>& facade, Long process_id) {
   if (!facade) return kSharedProperties;
   try {
     return ToLong(facade->Call("GetItem", {"IsOuterLogin", process_id}));
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     return kSharedProperties;
   }
 }
 
 // A property may be an object or a plain value: the first call tells which, the second fetches it.
 Variant FetchProperty(LoginComponent& source, std::string_view member, const Text& name, Long process_id) {
-  const bool is_object = source.Call(member, {name, process_id}).IsObject();
+  bool is_object = false;
+  try {
+    is_object = source.Call(member, {name, process_id}).IsObject();
+  } catch (const std::exception&) {
+    // The second call decides.
+  }
   Variant value = source.Call(member, {name, process_id});
   return value.IsObject() == is_object ? value : Variant();
 }
@@ -73,7 +83,7 @@ bool NeedAuthrize() {
     Variant needed = GetProcessCache(Text(kNeedAuthrizeKey));
     if (needed.IsEmpty()) needed = FetchNeedAuthrize();
     return ToBoolean(needed);
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     return false;
   }
 }
@@ -82,7 +92,7 @@ Text AuthrizeItemClassList() {
   Variant classes = GetProcessCache(Text(kItemClassListKey));
   if (classes.IsEmpty()) {
     classes = LoginComponent(login_component::kGlData).Call("GetAuthItemClassList");
-    if (FindProcessCache()) SetProcessCache(Text(kItemClassListKey), classes);
+    if (const ObjectRef cache = FindProcessCache()) Write(cache, Text(kItemClassListKey), classes);
   }
   return ToText(classes);
 }
@@ -97,7 +107,7 @@ Variant GetProperty(const Text& name) {
       LoginComponent shared(login_component::kShareProps);
       return FetchProperty(shared, "GetProperty", name, process_id);
     }
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     return {};
   }
   return {};
@@ -111,14 +121,13 @@ Variant GetProcessCache(const Text& key, const Variant& fallback) {
     if (!ToBoolean(cache->Invoke("LookUp", look_up))) return fallback;
     Variant item[] = {key};
     return cache->Invoke("", item);
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     return fallback;
   }
 }
 
 void SetProcessCache(const Text& key, const Variant& value) {
-  Variant arguments[] = {key, value};
-  FindProcessCache()->Invoke("SetItem", arguments);
+  Write(FindProcessCache(), key, value);
 }
 
 }  // namespace rebate

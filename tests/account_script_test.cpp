@@ -57,7 +57,7 @@ TEST(AccountSchema, IndexesAndFillsColumnsThatItsTablesHave) {
   const std::vector<tsql::Batch> schema = Parsed(AccountSchema());
   std::vector<tsql::Batch> sample = Parsed(AccountSample());
   const std::vector<const tsql::CreateTable*> tables = All<tsql::CreateTable>(schema);
-  ASSERT_EQ(tables.size(), 17u);
+  ASSERT_EQ(tables.size(), 18u);
   EXPECT_EQ(All<tsql::CreateView>(schema).size(), 2u);
 
   const auto expect_columns = [&](const Text& table, const std::vector<Text>& columns) {

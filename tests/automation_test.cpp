@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "platform/automation/class_objects.h"
 #include "platform/automation/conversion.h"
 #include "platform/automation/dispatch.h"
@@ -55,7 +57,7 @@ TEST(Conversion, ReadsNumbersAsTheAutomationWorldDoes) {
 TEST(Conversion, TakesTheLeadingNumberAndIgnoresTheRest) {
   const std::pair<const char*, double> cases[] = {
       {"12.5%", 12.5}, {"  -3abc", -3}, {"abc", 0},   {"", 0},     {"1e2x", 100},
-      {"1e", 1},       {".", 0},        {"1,234", 1}, {"+.5", .5},
+      {"1e", 1},       {".", 0},        {"1,234", 1}, {"+.5", .5}, {"-1e400", -std::numeric_limits<double>::max()},
   };
   for (const auto& [text, number] : cases) EXPECT_EQ(LeadingNumber(text), number) << text;
 }

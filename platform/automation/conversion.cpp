@@ -260,13 +260,26 @@ std::optional<double> ParseNumber(std::string_view text) {
   return negative ? -magnitude : magnitude;
 }
 
+namespace {
+
+// A number beyond the range of a float counts as the largest one.
+double LargestAtMost(std::string_view number) {
+  try {
+    return ReadUnsigned(number);
+  } catch (const Error&) {
+    return std::numeric_limits<double>::max();
+  }
+}
+
+}  // namespace
+
 double LeadingNumber(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   const std::size_t length = NumberLength(text, false);
   if (length == 0) return 0;
-  const double magnitude = ReadUnsigned(text.substr(0, length));
+  const double magnitude = LargestAtMost(text.substr(0, length));
   return negative ? -magnitude : magnitude;
 }
 

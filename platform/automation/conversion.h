@@ -29,7 +29,8 @@ bool EqualsNumber(const Variant& value, double number);
 // thousands separators between the integer digits, &H and &O numbers.
 std::optional<double> ParseNumber(std::string_view text);
 
-// The leading-number rule: the longest number that the text starts with, behind blanks; 0 where there is none.
+// The leading-number rule: the longest number that the text starts with, behind blanks; 0 where there is none, the
+// largest float for a number beyond it. Never raises.
 double LeadingNumber(std::string_view text);
 
 // The general numeric test: whether the value converts to a number.

@@ -37,7 +37,8 @@ DatabaseHandle OpenFile(const Text& path, std::chrono::milliseconds lock_wait) {
 std::int64_t ReadNumber(sqlite3* database, std::string_view sql, const Text& path) {
   const StatementHandle statement = Prepare(database, sql, path);
   const int result = sqlite3_step(statement.get());
-  if ((result & 0xFF) == SQLITE_NOTADB) Refuse("The file " + path + " is no account: it is no database.");
+  if ((result & 0xFF) == SQLITE_NOTADB)
+    Refuse("The file " + path + " is no account: it is no database; `rebate init` makes an account in a new file.");
   if (result != SQLITE_ROW) throw SqliteError(database, result, path);
   return sqlite3_column_int64(statement.get(), 0);
 }
@@ -48,7 +49,8 @@ void CheckFile(const Text& path) {
   if (stat(path.c_str(), &status) != 0) {
     Refuse("The account " + path + " does not exist; `rebate init " + path + "` makes an account.");
   }
-  if (S_ISDIR(status.st_mode)) Refuse("The path " + path + " is a directory; an account is a file.");
+  if (S_ISDIR(status.st_mode))
+    Refuse("The path " + path + " is a directory; an account is a file, and `rebate init` makes one.");
   if (!S_ISREG(status.st_mode)) Refuse("The path " + path + " is no file; an account is one.");
   // The bits are looked at, too, for a user to whom they mean nothing.
   const bool writable = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0 && access(path.c_str(), R_OK | W_OK) == 0;

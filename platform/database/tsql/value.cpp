@@ -335,7 +335,12 @@ Value LiteralValue(const LiteralToken& literal, bool negated, const DataType& to
     return Convert(Value::Of(negated ? -whole : whole), from, to, purpose, scratch);
   }
   double number = 0;
-  Read(literal.text, number);
+  // Of the numbers outside a float's range, those too small are 0.
+  const bool outside = Read(literal.text, number) == std::errc::result_out_of_range;
+  if (outside && literal.text.find('-') == std::string_view::npos) {
+    Refuse("The floating point value '" + Text(literal.text) +
+           "' is out of the range of computer representation (8 bytes).");
+  }
   return Convert(Value::Of(negated ? -number : number), from, to, purpose, scratch);
 }
 
