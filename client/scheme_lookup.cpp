@@ -5,7 +5,9 @@
 #include <charconv>
 
 #include "client/account.h"
+#include "client/rebate_classes.h"
 #include "client/row_tables.h"
+#include "client/scheme_rows.h"
 #include "platform/automation/conversion.h"
 #include "platform/containers/vector.h"
 
@@ -47,6 +49,24 @@ std::optional<SchemeHead> FindScheme(Account& account, Long id) {
   head.enabled = EqualsNumber(row->Value("FEnable"), 1);
   head.row = row;
   return head;
+}
+
+std::optional<Long> NewestScheme(Account& account, Long rebate_type, const Text& name) {
+  constexpr Long kAnyStatus = 2;
+  std::optional<Long> id;
+  for (const Long rebate_class : ClassesToShow({})) {
+    auto request = New<Dictionary>();
+    request->SetValue("RebateType", rebate_type);
+    request->SetValue("RebateClassType", rebate_class);
+    request->SetValue("Status", kAnyStatus);
+    const Ref<Vector> schemes = MatchingSchemes(account, request);
+    for (Long i = 1; i <= schemes->Size(); ++i) {
+      const auto scheme = ObjectAs<Dictionary>(schemes->Item(i));
+      if (CellText(*scheme, "FSchemeName") != Trim(name)) continue;
+      id = std::max(id.value_or(0), ToLong(scheme->Value("FSchemeID")));
+    }
+  }
+  return id;
 }
 
 Text SchemeText(const SchemeHead& scheme) {

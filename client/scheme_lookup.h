@@ -26,6 +26,9 @@ struct SchemeHead {
 // The scheme with the id, nothing where there is none. Raises the reason where the account can't tell.
 std::optional<SchemeHead> FindScheme(Account& account, Long id);
 
+// The id under which a scheme of this type and name was stored last, nothing where the account lists none.
+std::optional<Long> NewestScheme(Account& account, Long rebate_type, const Text& name);
+
 // The scheme as a sentence names it, such as `scheme 3 (年度返利)`.
 Text SchemeText(const SchemeHead& scheme);
 

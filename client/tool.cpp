@@ -35,6 +35,9 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   AddForbiddenVerb(app, tool);
   AddRestoreVerb(app, tool);
   AddDeleteVerb(app, tool);
+  AddFormVerb(app, tool);
+  AddNameTakenVerb(app, tool);
+  AddCheckVerb(app, tool);
   AddCallVerb(app, tool);
   try {
     RegisterComponent();

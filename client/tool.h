@@ -35,6 +35,9 @@ void AddDisableVerb(CLI::App& app, Tool& tool);
 void AddForbiddenVerb(CLI::App& app, Tool& tool);
 void AddRestoreVerb(CLI::App& app, Tool& tool);
 void AddDeleteVerb(CLI::App& app, Tool& tool);
+void AddFormVerb(CLI::App& app, Tool& tool);
+void AddNameTakenVerb(CLI::App& app, Tool& tool);
+void AddCheckVerb(CLI::App& app, Tool& tool);
 void AddCallVerb(CLI::App& app, Tool& tool);
 
 }  // namespace rebate

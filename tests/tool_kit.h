@@ -55,7 +55,7 @@ class ToolTest : public testing::Test {
 
   // Runs a verb on the account.
   Outcome Run(std::vector<Text> arguments, const Text& input = {}, bool asks = false) {
-    arguments.insert(arguments.begin() + 1, {"--dsn", dsn_});
+    arguments.insert(arguments.end(), {"--dsn", dsn_});
     return RunRebate(std::move(arguments), input, asks);
   }
   Json RunJson(std::vector<Text> arguments) {
