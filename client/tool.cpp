@@ -35,6 +35,10 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   AddForbiddenVerb(app, tool);
   AddRestoreVerb(app, tool);
   AddDeleteVerb(app, tool);
+  AddRangesVerb(app, tool);
+  AddItemsVerb(app, tool);
+  AddSelectVerb(app, tool);
+  AddRatesVerb(app, tool);
   AddFormVerb(app, tool);
   AddNameTakenVerb(app, tool);
   AddCheckVerb(app, tool);
