@@ -1,7 +1,9 @@
 #include "client/form_view.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <tuple>
 
 #include "client/account.h"
 #include "client/json_values.h"
@@ -18,19 +20,25 @@ namespace {
 // Where the by-ref arguments of the operation stand.
 enum { kName = 1, kType, kMode, kOrganisations, kRanges, kRows, kNote };
 
-// A row as it can be saved again: an id that isn't there is left out.
+Text TextOf(const Json& row, const char* key) {
+  return row.contains(key) ? ToText(FromJson(row[key], key)) : Text();
+}
+
+// Rows as they can be saved again: those of one item or organisation stand together, which a save takes for one
+// selection, and an id that isn't there is left out. The account gives them in any order.
 Json RowsOf(const Variant& rows) {
   Json list = ToJson(rows);
+  const auto place = [](const Json& row) {
+    return std::tuple(TextOf(row, "FItemID"), TextOf(row, "FOrgID"), TextOf(row, "FUnitID"),
+                      TextOf(row, "FCheckItemID"), LeadingNumber(TextOf(row, "FRebateCount")));
+  };
+  std::stable_sort(list.begin(), list.end(), [&](const Json& a, const Json& b) { return place(a) < place(b); });
   for (Json& row : list) {
     for (const char* id : {"FItemID", "FOrgID", "FUnitID"}) {
       if (row.contains(id) && row[id] == "") row.erase(id);
     }
   }
   return list;
-}
-
-Text TextOf(const Json& row, const char* key) {
-  return row.contains(key) ? ToText(FromJson(row[key], key)) : Text();
 }
 
 Table RangeTable(const Json& form) {

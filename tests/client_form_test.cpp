@@ -1,4 +1,5 @@
 #include "client/form_file.h"
+#include "client/json_file.h"
 #include "tests/tool_kit.h"
 
 namespace rebate {
@@ -6,10 +7,7 @@ namespace {
 
 class ClientForm : public ToolTest {
  protected:
-  static Json ExampleForm() {
-    std::ifstream file(Example("form"));
-    return ParseJson(Text(std::istreambuf_iterator<char>(file), {}));
-  }
+  static Json ExampleForm() { return ReadJsonFile(Example("form")); }
   Outcome SaveForm(const Json& form) { return Run({"form", "save", File("form.json", JsonLine(form))}); }
   Json Shown(const Text& id) { return RunJson({"form", "show", id}); }
 };
@@ -52,6 +50,19 @@ TEST_F(ClientForm, TheFormOfATotalTypeIsByOrganisation) {
   ASSERT_EQ(rows.size(), 2u);
   EXPECT_EQ(rows[0]["FOrgID"], "801");
   EXPECT_EQ(rows[0]["FRebateRate"], "5.25");
+}
+
+TEST_F(ClientForm, RowsOfOneItemStandTogether) {
+  Json form = ExampleForm();
+  form["vecSchemeData"] = ParseJson(R"([{"FItemID":409,"FRebateCount":2,"FRebateRate":4},
+                                        {"FItemID":401,"FRebateCount":2,"FRebateRate":2},
+                                        {"FItemID":409,"FRebateCount":1,"FRebateRate":3},
+                                        {"FItemID":401,"FRebateCount":1,"FRebateRate":1}])");
+  SaveForm(form);
+  const Json shown = Shown("1");
+  Text rates;
+  for (const Json& row : shown["vecSchemeData"]) rates += row["FRebateRate"].get<Text>() + " ";
+  EXPECT_EQ(rates, "1 2 3 4 ");
 }
 
 TEST_F(ClientForm, ATakenNameIsRefused) {
