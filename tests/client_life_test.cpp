@@ -1,3 +1,4 @@
+#include "client/json_file.h"
 #include "tests/tool_kit.h"
 
 namespace rebate {
@@ -7,8 +8,7 @@ namespace {
 class ClientLife : public ToolTest {
  protected:
   ClientLife() {
-    Json request =
-        ParseJson(Text(std::istreambuf_iterator<char>(std::ifstream(Example("supplier_goods")).rdbuf()), {}));
+    Json request = ReadJsonFile(Example("supplier_goods"));
     EXPECT_EQ(Save("supplier_goods").substr(0, 1), "0");
     request["SchemeMainData"]["FSchemeName"] = "饮品返利";
     request["AllGridRows"] = Json::array({request["AllGridRows"][1]});
