@@ -1,6 +1,7 @@
 #include "client/account.h"
 
 #include <CLI/App.hpp>
+#include <algorithm>
 
 #include "client/call_trace.h"
 #include "platform/automation/class_objects.h"
@@ -36,15 +37,31 @@ void AddAccountOptions(CLI::App& verb, AccountOptions& options) {
 }
 
 Account::Account(Text dsn) : dsn_(std::move(dsn)) {
-  Connect(DataSource::Parse(dsn_));
-  manager_ = CreateObject("TALMRebateRuleMgr.BaseInfoMgr");
+  const DataSource source = DataSource::Parse(dsn_);
+  Connect(source);
+  app_user_ = source.app_user;
+  for (const char* manager : {"BaseInfoMgr", "RebateRuleMgr"}) {
+    managers_.push_back(CreateObject(Text("TALMRebateRuleMgr.") + manager));
+  }
 }
 
-Variant Account::Call(std::string_view member, std::vector<Variant> arguments) {
+Variant Account::Call(std::string_view operation, std::vector<Variant> arguments) {
+  return CallByRef(operation, arguments);
+}
+
+Variant Account::CallByRef(std::string_view operation, std::vector<Variant>& arguments) {
+  const auto offers = [&](const ObjectRef& manager) { return manager->Members().Find(operation) != nullptr; };
+  const ObjectRef manager = *std::find_if(managers_.begin(), managers_.end() - 1, offers);
+  const std::vector<Parameter>& parameters = manager->Members().Find(operation)->parameters;
+  const auto dsn_at =
+      std::find_if(parameters.begin(), parameters.end(), [](const Parameter& p) { return p.name == "sDsn"; }) -
+      parameters.begin();
   RefusalObserver observer(refusal_);
   const TracedThread traced(&observer);
-  arguments.insert(arguments.begin(), dsn_);
-  return manager_->Invoke(member, arguments);
+  arguments.insert(arguments.begin() + dsn_at, dsn_);
+  const Variant result = manager->Invoke(operation, arguments);
+  arguments.erase(arguments.begin() + dsn_at);
+  return result;
 }
 
 void Account::ThrowFailure(const Text& otherwise) const {

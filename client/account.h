@@ -26,8 +26,14 @@ class Account {
   // Raises, naming the path or the server and what to do, where the account can't be opened.
   explicit Account(Text dsn);
 
-  // Calls `BaseInfoMgr.<member>` with the data source, then `arguments`. Raises what the operation lets through.
-  Variant Call(std::string_view member, std::vector<Variant> arguments);
+  // Calls the operation of either class with `arguments`, the data source put in where it takes it. Raises what the
+  // operation lets through.
+  Variant Call(std::string_view operation, std::vector<Variant> arguments);
+  // Likewise; behind the call `arguments` holds the by-ref ones as they then stand.
+  Variant CallByRef(std::string_view operation, std::vector<Variant>& arguments);
+
+  // The id of the user whom the data source names as logged in.
+  Long app_user() const { return app_user_; }
 
   // The last error that a statement of the last call met, if any.
   const std::optional<Error>& refusal() const { return refusal_; }
@@ -36,7 +42,8 @@ class Account {
 
  private:
   Text dsn_;
-  ObjectRef manager_;
+  Long app_user_;
+  std::vector<ObjectRef> managers_;
   std::optional<Error> refusal_;
 };
 

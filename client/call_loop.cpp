@@ -4,6 +4,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "client/call_control.h"
 #include "client/call_thread.h"
 #include "client/call_trace.h"
 #include "client/json_values.h"
@@ -43,6 +44,8 @@ class CallServer {
       // Each kind of request is known by a key of its own.
       if (request.contains("op")) {
         AnswerCall(request, answer);
+      } else if (CallControl::IsControl(request)) {
+        answer = control_.Perform(request);
       } else {
         Refuse("\"op\" is missing: the operation, as Class.Member");
       }
@@ -87,6 +90,7 @@ class CallServer {
   }
 
   const CallOptions& options_;
+  CallControl control_;
   std::map<Text, CallThread> threads_;
 };
 

@@ -13,7 +13,8 @@ void AddCallVerb(CLI::App& app, Tool& tool) {
   verb->add_option("--dsn", options->dsn, "The account for calls that leave their sDsn out")->envname("REBATE_DSN");
   verb->add_flag("--trace", options->trace, "List in each answer what the call did: opens, votes, statements");
   verb->footer(
-      "Reads one request a line from standard input and answers one line for each.\n"
+      "Reads one request a line from standard input and answers one line for each. A line {\"login\":{…}} or\n"
+      "{\"cache\":\"create\"} sets what the login components answer, or the process cache.\n"
       "Example: echo '{\"op\":\"BaseInfoMgr.LoadRebateTypeData\",\"args\":{\"lRebateClass\":24}}' | rebate call --dsn "
       "shop.db");
   verb->callback([options, &tool] { ServeCalls(tool.in, tool.out, *options); });

@@ -1,11 +1,9 @@
 #include <CLI/CLI.hpp>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "client/account.h"
-#include "client/json_values.h"
 #include "client/rebate_classes.h"
-#include "client/row_tables.h"
+#include "client/scheme_rows.h"
 #include "client/tool.h"
 #include "platform/containers/dictionary.h"
 
@@ -31,22 +29,13 @@ Ref<Dictionary> RequestOf(const ListOptions& options, Long rebate_class) {
   return request;
 }
 
-void PrintSchemes(const ListOptions& options, Tool& tool) {
+void List(const ListOptions& options, Tool& tool) {
   Account account(options.dsn);
   auto schemes = New<Vector>();
   for (const Long rebate_class : ClassesToShow(options.rebate_class)) {
-    const auto found = ObjectAs<Vector>(account.Call("LoadSchemeListData", {RequestOf(options, rebate_class)}));
-    if (!found) account.ThrowFailure("The schemes of class " + std::to_string(rebate_class) + " can't be listed");
-    AddAll(found, *schemes);
+    AddAll(MatchingSchemes(account, RequestOf(options, rebate_class)), *schemes);
   }
-  if (options.json) {
-    tool.out << JsonLine(ToJson(schemes)) << '\n';
-    return;
-  }
-  const std::vector<RowColumn> columns = {
-      {"Scheme", "FSchemeID", true}, {"Name", "FSchemeName"},   {"Type", "FRebateMode"},     {"Status", "FEnable"},
-      {"Organisations", "FOrg"},     {"Checker", "FCheckerID"}, {"Modified", "FModifyDate"}, {"Note", "FNote"}};
-  RowTable(columns, *schemes).Print(tool.out, tool.width);
+  PrintSchemes(*schemes, options.json, tool);
 }
 
 }  // namespace
@@ -67,7 +56,7 @@ void AddListVerb(CLI::App& app, Tool& tool) {
       ->transform(CLI::CheckedTransformer(statuses).description(""));
   verb->add_option("--class", options->rebate_class, "Only this rebate class: 24 suppliers, 32 customers, 40 salesmen");
   verb->footer("Example: rebate list --dsn shop.db --status all --class 24 --name 年度");
-  verb->callback([options, &tool] { PrintSchemes(*options, tool); });
+  verb->callback([options, &tool] { List(*options, tool); });
 }
 
 }  // namespace rebate

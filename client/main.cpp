@@ -17,6 +17,7 @@ std::size_t TerminalWidth(int file) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  rebate::Tool tool{std::cin, std::cout, std::cerr, TerminalWidth(STDOUT_FILENO), isatty(STDERR_FILENO) != 0};
+  const bool asks = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+  rebate::Tool tool{std::cin, std::cout, std::cerr, TerminalWidth(STDOUT_FILENO), isatty(STDERR_FILENO) != 0, asks};
   return rebate::RunTool(argc, argv, tool);
 }

@@ -6,8 +6,7 @@
 
 namespace rebate {
 
-// What is wrong with the shape of a save request, each with its place, such as
-// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1; at most ten. A request is an object with
+// What is wrong with the shape of a save request (see ShapeCheck). A request is an object with
 //   SchemeConst      the row of the rebate type; or FRebateType alone, the type's code
 //   SchemeMainData   {FSchemeName, [FSchemeID], [FNote], [FCheckerID]}
 //   AllRangesData    [{FLowerLimit, FUpperLimit}]

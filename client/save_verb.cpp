@@ -1,16 +1,14 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "client/account.h"
+#include "client/json_file.h"
 #include "client/json_values.h"
 #include "client/rebate_classes.h"
 #include "client/request_check.h"
 #include "client/row_tables.h"
+#include "client/scheme_lookup.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 #include "platform/containers/dictionary.h"
@@ -22,19 +20,6 @@ struct SaveOptions : AccountOptions {
   Text file;
 };
 
-Json ReadRequest(const Text& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path)) {
-    throw Error(error_number::kInvalidCall, "rebate", "Can't read " + path);
-  }
-  const Text text(std::istreambuf_iterator<char>(file), {});
-  try {
-    return ParseJson(text);
-  } catch (const Error& error) {
-    throw Error(error.number, error.source, path + ": " + error.description);
-  }
-}
-
 Ref<Dictionary> TypeRowOf(Account& account, const Json& request) {
   if (request.contains("SchemeConst")) return ObjectAs<Dictionary>(FromJson(request["SchemeConst"], "SchemeConst"));
   return TypeRow(account, ToLong(FromJson(request["FRebateType"], "FRebateType")));
@@ -45,23 +30,6 @@ Ref<Dictionary> HeadOf(const Json& request) {
   auto head = ObjectAs<Dictionary>(FromJson(request["SchemeMainData"], "SchemeMainData"));
   if (!head->Has("FNote")) head->SetValue("FNote", "");
   return head;
-}
-
-// The id under which the scheme was stored: the highest of its name and type. Nothing where the type row doesn't say in
-// which class to look.
-std::optional<Long> StoredId(Account& account, const Dictionary& type, const Text& name) {
-  if (!type.Has("FRebateClass")) return std::nullopt;
-  auto request = New<Dictionary>();
-  request->SetValue("RebateType", ToLong(type.Value("FRebateType")));
-  request->SetValue("RebateClassType", ToLong(type.Value("FRebateClass")));
-  const auto schemes = ObjectAs<Vector>(account.Call("LoadSchemeListData", {request}));
-  std::optional<Long> id;
-  for (Long i = 1; schemes && i <= schemes->Size(); ++i) {
-    const auto scheme = ObjectAs<Dictionary>(schemes->Item(i));
-    if (CellText(*scheme, "FSchemeName") != Trim(name)) continue;
-    id = std::max(id.value_or(0), ToLong(scheme->Value("FSchemeID")));
-  }
-  return id;
 }
 
 void PrintRefusal(const Dictionary& answer, Tool& tool) {
@@ -82,17 +50,13 @@ void PrintRefusal(const Dictionary& answer, Tool& tool) {
 void PrintSuccess(Account& account, const Dictionary& type, const Dictionary& head, Tool& tool) {
   const Text name = CellText(head, "FSchemeName");
   tool.out << "Stored " << name;
-  if (const auto id = StoredId(account, type, name)) tool.out << " as scheme " << *id;
+  if (const auto id = NewestScheme(account, ToLong(type.Value("FRebateType")), name)) tool.out << " as scheme " << *id;
   tool.out << ".\n";
 }
 
 void Save(const SaveOptions& options, Tool& tool) {
-  const Json request = ReadRequest(options.file);
-  if (const std::vector<Text> problems = RequestProblems(request); !problems.empty()) {
-    for (const Text& problem : problems) tool.err << options.file << ": " << problem << '\n';
-    tool.status = 1;
-    return;
-  }
+  const Json request = ReadJsonFile(options.file);
+  if (ReportProblems(options.file, RequestProblems(request), tool)) return;
   Account account(options.dsn);
   const Ref<Dictionary> type = TypeRowOf(account, request);
   const Ref<Dictionary> head = HeadOf(request);

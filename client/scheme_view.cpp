@@ -1,9 +1,10 @@
 #include "client/scheme_view.h"
 
-#include <map>
 #include <ostream>
 
+#include "client/rate_grid.h"
 #include "client/row_tables.h"
+#include "client/sections.h"
 #include "platform/containers/dictionary.h"
 #include "platform/containers/vector.h"
 #include "platform/database/recordset.h"
@@ -24,49 +25,30 @@ Text TypeName(const Dictionary& scheme, const Text& type) {
 void PrintHead(const Dictionary& scheme, std::ostream& out) {
   const auto head = ObjectAs<Dictionary>(scheme.Value("SchemeMain"));
   const Text type = CellText(*head, "FRebateType");
-  const std::pair<std::string_view, Text> lines[] = {
-      {"Scheme", CellText(*head, "FSchemeID") + "  " + CellText(*head, "FSchemeName")},
-      {"Type", type + "  " + TypeName(scheme, type)},
-      {"Enabled", CellText(*head, "FEnable") == "1" ? "yes" : "no"},
-      {"Checker", CellText(*head, "FCheckerName")},
-      {"Modified", CellText(*head, "FModifyDate")},
-      {"Note", CellText(*head, "FNote")},
-  };
-  for (const auto& [title, value] : lines) {
-    out << title << (value.empty() ? Text() : Text(10 - title.size(), ' ') + value) << '\n';
-  }
+  PrintFields(
+      {
+          {"Scheme", CellText(*head, "FSchemeID") + "  " + CellText(*head, "FSchemeName")},
+          {"Type", type + "  " + TypeName(scheme, type)},
+          {"Enabled", CellText(*head, "FEnable") == "1" ? "yes" : "no"},
+          {"Checker", CellText(*head, "FCheckerName")},
+          {"Modified", CellText(*head, "FModifyDate")},
+          {"Note", CellText(*head, "FNote")},
+      },
+      out);
 }
 
-// Prints a section, but for one without rows.
-void PrintSection(std::string_view title, const Table& table, std::ostream& out, std::size_t width) {
-  if (table.row_count() == 0) return;
-  out << '\n' << title << '\n';
-  table.Print(out, width);
-}
-
-// The rates as they are thought of: one line a grid row, one column an amount range.
 Table RateTable(Recordset& rates, const Vector& ranges) {
-  std::vector<Table::Column> columns = {{"Row", true}};
-  std::map<Text, std::size_t> column_of;  // by the range's index
+  RateGrid grid({{"Row", true}});
   for (Long i = 1; i <= ranges.Size(); ++i) {
     const auto range = ObjectAs<Dictionary>(ranges.Item(i));
-    column_of[CellText(*range, "FIndex")] = columns.size();
-    columns.push_back({CellText(*range, "FLowerLimit") + " – " + CellText(*range, "FUpperLimit"), true});
+    grid.AddRange(CellText(*range, "FIndex"),
+                  RangeHeading(CellText(*range, "FLowerLimit"), CellText(*range, "FUpperLimit")));
   }
-  Table table(columns);
-  std::vector<Text> line;
   for (rates.MoveFirst(); !rates.Eof(); rates.MoveNext()) {
-    const Text row = CellText(rates.FieldValue("FRowID"));
-    if (line.empty() || line[0] != row) {
-      if (!line.empty()) table.Add(std::move(line));
-      line.assign(columns.size(), {});
-      line[0] = row;
-    }
-    const auto column = column_of.find(CellText(rates.FieldValue("FIndex")));
-    if (column != column_of.end()) line[column->second] = CellText(rates.FieldValue("FRebateRate"));
+    grid.BeginLine({CellText(rates.FieldValue("FRowID"))});
+    grid.Put(CellText(rates.FieldValue("FIndex")), CellText(rates.FieldValue("FRebateRate")));
   }
-  if (!line.empty()) table.Add(std::move(line));
-  return table;
+  return grid.ToTable();
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ Text Version() {
 }  // namespace
 
 int RunTool(int argc, const char* const* argv, Tool& tool) {
-  CLI::App app("Rebate schemes of an account: make an account, query it, save, show and list schemes", "rebate");
+  CLI::App app("Rebate schemes of an account: make an account, query it, keep its schemes and rate grids", "rebate");
   app.set_version_flag("--version", Version());
   app.require_subcommand(1);
   app.footer("`rebate VERB --help` tells more about a verb. Try: rebate init shop.db --sample");
@@ -30,6 +30,18 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   AddSaveVerb(app, tool);
   AddShowVerb(app, tool);
   AddListVerb(app, tool);
+  AddEnableVerb(app, tool);
+  AddDisableVerb(app, tool);
+  AddForbiddenVerb(app, tool);
+  AddRestoreVerb(app, tool);
+  AddDeleteVerb(app, tool);
+  AddRangesVerb(app, tool);
+  AddItemsVerb(app, tool);
+  AddSelectVerb(app, tool);
+  AddRatesVerb(app, tool);
+  AddFormVerb(app, tool);
+  AddNameTakenVerb(app, tool);
+  AddCheckVerb(app, tool);
   AddCallVerb(app, tool);
   try {
     RegisterComponent();

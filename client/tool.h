@@ -16,6 +16,7 @@ struct Tool {
   std::ostream& err;
   std::size_t width = 0;  // columns of the terminal that `out` is, 0 where it is none
   bool progress = false;  // whether `err` is a terminal, on which progress may be shown
+  bool asks = false;      // whether `in` and `out` are a terminal, on which a question can be asked
   int status = 0;         // 1 once something was refused or failed
 };
 
@@ -29,6 +30,18 @@ void AddTypesVerb(CLI::App& app, Tool& tool);
 void AddSaveVerb(CLI::App& app, Tool& tool);
 void AddShowVerb(CLI::App& app, Tool& tool);
 void AddListVerb(CLI::App& app, Tool& tool);
+void AddEnableVerb(CLI::App& app, Tool& tool);
+void AddDisableVerb(CLI::App& app, Tool& tool);
+void AddForbiddenVerb(CLI::App& app, Tool& tool);
+void AddRestoreVerb(CLI::App& app, Tool& tool);
+void AddDeleteVerb(CLI::App& app, Tool& tool);
+void AddRangesVerb(CLI::App& app, Tool& tool);
+void AddItemsVerb(CLI::App& app, Tool& tool);
+void AddSelectVerb(CLI::App& app, Tool& tool);
+void AddRatesVerb(CLI::App& app, Tool& tool);
+void AddFormVerb(CLI::App& app, Tool& tool);
+void AddNameTakenVerb(CLI::App& app, Tool& tool);
+void AddCheckVerb(CLI::App& app, Tool& tool);
 void AddCallVerb(CLI::App& app, Tool& tool);
 
 }  // namespace rebate

@@ -1,58 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-#include <sstream>
-
-#include "client/json_text.h"
-#include "client/tool.h"
-#include "tests/test_account.h"
+#include "tests/tool_kit.h"
 
 namespace rebate {
 namespace {
 
-struct Outcome {
-  int status;
-  Text out;
-  Text err;
-};
-
-// Runs the tool in this process, with `input` as its standard input.
-Outcome RunRebate(std::vector<Text> arguments, const Text& input = {}) {
-  std::istringstream in(input);
-  std::ostringstream out;
-  std::ostringstream err;
-  Tool tool{in, out, err};
-  arguments.insert(arguments.begin(), "rebate");
-  std::vector<const char*> argv;
-  for (const Text& argument : arguments) argv.push_back(argument.c_str());
-  const int status = RunTool(static_cast<int>(argv.size()), argv.data(), tool);
-  return {status, out.str(), err.str()};
-}
-
-bool Holds(const Text& text, std::string_view part) {
-  return text.find(part) != Text::npos;
-}
-
-Text Example(const Text& name) {
-  return REBATE_SOURCE_DIR "/examples/" + name + ".json";
-}
-
-// A sample account that `rebate init` made beside the test's own.
-class ClientTool : public testing::Test {
- protected:
-  ClientTool() : dsn_((account_.path().parent_path() / "sample.db").string()) {
-    const Outcome made = RunRebate({"init", dsn_, "--sample"});
-    EXPECT_EQ(made.status, 0) << made.err;
-  }
-
-  Text Save(const Text& example) {
-    const Outcome saved = RunRebate({"save", Example(example), "--dsn", dsn_});
-    return std::to_string(saved.status) + " " + saved.out + saved.err;
-  }
-
-  TestAccount account_;
-  Text dsn_;
-};
+class ClientTool : public ToolTest {};
 
 TEST_F(ClientTool, InitTouchesNoAccountThatIsThere) {
   RunRebate({"sql", dsn_, "update t_Supplier set FName='X' where FItemID=801"});

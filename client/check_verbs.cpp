@@ -1,0 +1,89 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "client/account.h"
+#include "client/json_text.h"
+#include "client/tool.h"
+#include "platform/automation/conversion.h"
+
+namespace rebate {
+namespace {
+
+constexpr Long kLastItemMode = 5;
+
+struct NameOptions : AccountOptions {
+  Text name;
+  Long except = 0;
+};
+
+struct CoverOptions : AccountOptions {
+  Long type = 0;
+  Long mode = 0;
+  std::optional<Long> item;
+  std::optional<Long> organisation;
+  Long except = 0;
+};
+
+void CheckName(const NameOptions& options, Tool& tool) {
+  Account account(options.dsn);
+  const bool taken = ToBoolean(account.Call("ExistsSchemeName", {options.except, options.name}));
+  if (account.refusal()) account.ThrowFailure({});
+  if (options.json) {
+    tool.out << JsonLine({{"taken", taken}}) << '\n';
+  } else {
+    tool.out << (taken ? "Yes, another scheme bears the name " : "No, no other scheme bears the name ") << options.name
+             << ".\n";
+  }
+}
+
+// Modes by goods need an item, modes by total an organisation, which then is what the rules are searched for.
+Text SubjectOf(const CoverOptions& options) {
+  const bool by_item = options.mode <= kLastItemMode;
+  const std::optional<Long>& subject = by_item ? options.item : options.organisation;
+  if (!subject) throw CLI::RequiredError(by_item ? "--item" : "--org");
+  return std::to_string(*subject);
+}
+
+void CheckCover(const CoverOptions& options, Tool& tool) {
+  const Text subject = SubjectOf(options);
+  Account account(options.dsn);
+  const bool covered = ToBoolean(account.Call(
+      "CheckSchemeData", {options.except, options.type, options.mode, options.organisation.value_or(0), subject}));
+  if (account.refusal()) account.ThrowFailure({});
+  if (options.json) {
+    tool.out << JsonLine({{"covered", covered}}) << '\n';
+    return;
+  }
+  tool.out << (covered ? "Yes, a rule of another scheme covers " : "No rule of another scheme covers ")
+           << (options.mode <= kLastItemMode ? "item " : "organisation ") << subject << ".\n";
+}
+
+}  // namespace
+
+void AddNameTakenVerb(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<NameOptions>();
+  CLI::App* verb = app.add_subcommand("name-taken", "Tell whether a scheme bears a name");
+  verb->add_option("NAME", options->name, "The name")->required();
+  verb->add_option("--except", options->except, "A scheme that may bear it");
+  AddAccountOptions(*verb, *options);
+  verb->footer("Example: rebate name-taken 年度返利 --except 3 --dsn shop.db");
+  verb->callback([options, &tool] { CheckName(*options, tool); });
+}
+
+void AddCheckVerb(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<CoverOptions>();
+  CLI::App* verb = app.add_subcommand("check", "Tell whether a rule of another scheme covers an item or organisation");
+  verb->add_option("TYPE", options->type, "The rebate type, such as 2041")->required();
+  verb->add_option("MODE", options->mode, "The form's mode: 1 to 5 by goods, 6 and 7 by an organisation's total")
+      ->required()
+      ->check(CLI::Range(1, 7));
+  verb->add_option("--item", options->item, "The goods item, for modes 1 to 5");
+  verb->add_option("--org", options->organisation, "The organisation; for modes 1 to 5 it may be left out");
+  verb->add_option("--except", options->except, "A scheme whose rules don't count");
+  AddAccountOptions(*verb, *options);
+  verb->footer("Example: rebate check 2041 1 --item 401 --org 801 --dsn shop.db");
+  verb->callback([options, &tool] { CheckCover(*options, tool); });
+}
+
+}  // namespace rebate

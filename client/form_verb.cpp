@@ -1,0 +1,101 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "client/account.h"
+#include "client/form_file.h"
+#include "client/form_view.h"
+#include "client/json_file.h"
+#include "client/json_values.h"
+#include "client/scheme_lookup.h"
+#include "client/tool.h"
+#include "platform/automation/conversion.h"
+
+namespace rebate {
+namespace {
+
+struct FormSaveOptions : AccountOptions {
+  Text file;
+};
+
+struct FormShowOptions : AccountOptions {
+  Long id = 0;
+};
+
+// The form's argument, `otherwise` where it is left out.
+Variant ArgumentOf(const Json& form, const char* key, const Variant& otherwise) {
+  return form.contains(key) ? FromJson(form[key], key) : otherwise;
+}
+
+// A name that is taken would let the save write over the other scheme's rates.
+void CheckName(Account& account, Long id, const Text& name) {
+  if (ToBoolean(account.Call("ExistsSchemeName", {id, name}))) {
+    throw Error(error_number::kInvalidCall, "rebate", "Another scheme bears the name " + name);
+  }
+  if (account.refusal()) account.ThrowFailure({});
+}
+
+void SaveForm(const FormSaveOptions& options, Tool& tool) {
+  const Json form = ReadJsonFile(options.file);
+  if (ReportProblems(options.file, FormProblems(form), tool)) return;
+  Account account(options.dsn);
+  const Long replaced = ToLong(ArgumentOf(form, "SchemeID", 0));
+  const Text name = form["SchemeName"].get<Text>();
+  const Long type = ToLong(ArgumentOf(form, "lRebateType", 0));
+  CheckName(account, replaced, name);
+  const Variant saved =
+      account.Call("SaveSchemeData", {replaced, name, type, ArgumentOf(form, "lRebateMode", 0),
+                                      ArgumentOf(form, "sOrg", ""), ArgumentOf(form, "vecRangeData", {}),
+                                      ArgumentOf(form, "vecSchemeData", {}), ArgumentOf(form, "Note", "")});
+  if (!ToBoolean(saved)) account.ThrowFailure("The form can't be saved");
+  const std::optional<Long> id = NewestScheme(account, type, name);
+  if (options.json) {
+    tool.out << JsonLine({{"saved", true}, {"SchemeID", id ? Json(*id) : Json()}}) << '\n';
+  } else {
+    tool.out << "Stored " << name << (id ? " as scheme " + std::to_string(*id) : Text()) << ".\n";
+  }
+}
+
+void ShowForm(const FormShowOptions& options, Tool& tool) {
+  Account account(options.dsn);
+  const Json form = LoadForm(account, options.id);
+  if (options.json) {
+    tool.out << JsonLine(form) << '\n';
+  } else {
+    PrintForm(form, tool.out, tool.width);
+  }
+}
+
+void AddSave(CLI::App& form, Tool& tool) {
+  auto options = std::make_shared<FormSaveOptions>();
+  CLI::App* verb = form.add_subcommand("save", "Save the form of a file in the place of the scheme that it names");
+  verb->add_option("FILE", options->file, "The form, one JSON object; see examples/form.json")->required();
+  AddAccountOptions(*verb, *options);
+  verb->footer(
+      "A form is saved under a new id. It is refused where another scheme bears its name; whether another scheme's "
+      "rule\n"
+      "covers its items is not looked at: `rebate check` tells.\n"
+      "Example: rebate form save examples/form.json --dsn shop.db");
+  verb->callback([options, &tool] { SaveForm(*options, tool); });
+}
+
+void AddShow(CLI::App& form, Tool& tool) {
+  auto options = std::make_shared<FormShowOptions>();
+  CLI::App* verb = form.add_subcommand("show", "Show a scheme that was saved as a form");
+  verb->add_option("ID", options->id, "The scheme's id, as `rebate list --status all` gives it")->required();
+  AddAccountOptions(*verb, *options);
+  verb->footer("What it prints with --json, `rebate form save` takes.\nExample: rebate form show 3 --dsn shop.db");
+  verb->callback([options, &tool] { ShowForm(*options, tool); });
+}
+
+}  // namespace
+
+void AddFormVerb(CLI::App& app, Tool& tool) {
+  CLI::App* form = app.add_subcommand("form", "Save and show schemes as a form holds them");
+  form->require_subcommand(1);
+  form->footer("Example: rebate form show 3 --dsn shop.db");
+  AddSave(*form, tool);
+  AddShow(*form, tool);
+}
+
+}  // namespace rebate

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "client/json_text.h"
+
+namespace rebate {
+
+class Account;
+
+// A stored form in the shape in which FormProblems wants it. Its mode is 0 and its organisations are empty where the
+// account doesn't know them. Raises the reason where there is no such form.
+Json LoadForm(Account& account, Long id);
+
+// Prints a form as LoadForm gives it in readable sections. `width` as in Table::Print.
+void PrintForm(const Json& form, std::ostream& out, std::size_t width);
+
+}  // namespace rebate

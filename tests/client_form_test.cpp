@@ -1,0 +1,143 @@
+#include "client/form_file.h"
+#include "client/json_file.h"
+#include "tests/tool_kit.h"
+
+namespace rebate {
+namespace {
+
+class ClientForm : public ToolTest {
+ protected:
+  static Json ExampleForm() { return ReadJsonFile(Example("form")); }
+  Outcome SaveForm(const Json& form) { return Run({"form", "save", File("form.json", JsonLine(form))}); }
+  Json Shown(const Text& id) { return RunJson({"form", "show", id}); }
+};
+
+TEST_F(ClientForm, WhatIsShownCanBeSavedAgain) {
+  const Outcome saved = SaveForm(ExampleForm());
+  EXPECT_EQ(saved.out, "Stored 饮料按金额返利 as scheme 1.\n") << saved.err;
+  Json form = Shown("1");
+  EXPECT_EQ(form["SchemeID"], 1);
+  EXPECT_EQ(form["lRebateType"], 2042);
+  EXPECT_EQ(form["lRebateMode"], 2);
+  EXPECT_EQ(form["sOrg"], "803,806");
+  EXPECT_EQ(form["vecSchemeData"].size(), 3u);
+
+  EXPECT_EQ(SaveForm(form).out, "Stored 饮料按金额返利 as scheme 2.\n");
+  EXPECT_EQ(Run({"form", "show", "1"}).status, 1);
+  Json again = Shown("2");
+  again["SchemeID"] = 1;
+  EXPECT_EQ(again, form);
+}
+
+TEST_F(ClientForm, AFormIsShownInSections) {
+  SaveForm(ExampleForm());
+  const Text shown = Run({"form", "show", "1"}).out;
+  for (const char* part :
+       {"1  饮料按金额返利", "2042", "803,806", "季度结算", "10000 – 50000", "404,405", "600", "80.5", "406,407"}) {
+    EXPECT_TRUE(Holds(shown, part)) << part << " in " << shown;
+  }
+}
+
+TEST_F(ClientForm, TheFormOfATotalTypeIsByOrganisation) {
+  Json form = ExampleForm();
+  form["lRebateType"] = 2046;
+  form["lRebateMode"] = "7";
+  form.erase("sOrg");
+  form["vecSchemeData"] = ParseJson(R"([{"FOrgID":"801","FRebateCount":1,"FRebateRate":{"$":"decimal","value":"5.25"}},
+                                        {"FOrgID":801,"FRebateCount":2,"FRebateRate":"6"}])");
+  EXPECT_EQ(SaveForm(form).status, 0);
+  const Json rows = Shown("1")["vecSchemeData"];
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[0]["FOrgID"], "801");
+  EXPECT_EQ(rows[0]["FRebateRate"], "5.25");
+}
+
+TEST_F(ClientForm, RowsOfOneItemStandTogether) {
+  Json form = ExampleForm();
+  form["vecSchemeData"] = ParseJson(R"([{"FItemID":409,"FRebateCount":2,"FRebateRate":4},
+                                        {"FItemID":401,"FRebateCount":2,"FRebateRate":2},
+                                        {"FItemID":409,"FRebateCount":1,"FRebateRate":3},
+                                        {"FItemID":401,"FRebateCount":1,"FRebateRate":1}])");
+  SaveForm(form);
+  const Json shown = Shown("1");
+  Text rates;
+  for (const Json& row : shown["vecSchemeData"]) rates += row["FRebateRate"].get<Text>() + " ";
+  EXPECT_EQ(rates, "1 2 3 4 ");
+}
+
+TEST_F(ClientForm, ATakenNameIsRefused) {
+  SaveForm(ExampleForm());
+  const Outcome refused = SaveForm(ExampleForm());
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(Holds(refused.err, "Another scheme bears the name 饮料按金额返利")) << refused.err;
+  EXPECT_EQ(Run({"name-taken", "饮料按金额返利"}).out, "Yes, another scheme bears the name 饮料按金额返利.\n");
+  EXPECT_EQ(Run({"name-taken", "饮料按金额返利", "--except", "1"}).out,
+            "No, no other scheme bears the name 饮料按金额返利.\n");
+  EXPECT_EQ(RunJson({"name-taken", "O'Neill"})["taken"], false);
+}
+
+TEST_F(ClientForm, CheckTellsWhetherAnotherRuleCovers) {
+  SaveForm(ExampleForm());
+  const struct {
+    std::vector<Text> arguments;
+    int status;
+    Text told;
+  } cases[] = {
+      {{"check", "2041", "1", "--item", "405", "--org", "803"}, 0, "Yes, a rule of another scheme covers item 405.\n"},
+      {{"check", "2041", "1", "--item", "405", "--org", "801"}, 0, "No rule of another scheme covers item 405.\n"},
+      {{"check", "2041", "1", "--item", "405", "--org", "803", "--except", "1"}, 0, "No rule of another scheme"},
+      {{"check", "3021", "1", "--item", "405", "--org", "803"}, 0, "No rule of another scheme covers item 405.\n"},
+      {{"check", "2040", "6", "--org", "803"}, 0, "No rule of another scheme covers organisation 803.\n"},
+      {{"check", "2040", "6", "--item", "405"}, 2, "--org"},
+      {{"check", "2041", "1", "--org", "803"}, 2, "--item"},
+      {{"check", "2041", "8", "--item", "405"}, 2, "MODE"},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run(c.arguments);
+    EXPECT_EQ(outcome.status, c.status) << outcome.out << outcome.err;
+    EXPECT_TRUE(Holds(outcome.out + outcome.err, c.told)) << outcome.out << outcome.err;
+  }
+  Sql("insert into t_FL_RebateRule (FSchemeID, FClassTypeID, FItemID, FOrgID) values (9, 2046, '0', 803)");
+  EXPECT_EQ(RunJson({"check", "2040", "6", "--org", "803"})["covered"], true);
+}
+
+TEST_F(ClientForm, FailuresTellTheirReason) {
+  EXPECT_TRUE(Holds(Run({"form", "show", "9"}).err, "Scheme 9 does not exist"));
+  EXPECT_EQ(Save("supplier_goods").substr(0, 1), "0");
+  EXPECT_TRUE(Holds(Run({"form", "show", "1"}).err, "Scheme 1 was not saved as a form"));
+  EXPECT_EQ(Run({"form"}).status, 2);
+  EXPECT_EQ(Run({"form", "save", "/dev/null"}).status, 1);
+  Sql("drop table t_FL_RebateRule");
+  const Outcome failed = SaveForm(ExampleForm());
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_TRUE(Holds(failed.err, "t_FL_RebateRule")) << failed.err;
+}
+
+TEST_F(ClientForm, EachProblemIsNamedWithItsPlace) {
+  EXPECT_EQ(FormProblems(ExampleForm()), std::vector<Text>());
+  EXPECT_EQ(FormProblems(Json::array()).size(), 1u);
+  const struct {
+    const char* at;
+    const char* value;
+    const char* problem;
+  } cases[] = {
+      {"/SchemeName", "5", "SchemeName is due as a text, not 5"},
+      {"/sOrg", "\"801,x\"", "sOrg is due as an integer, or a text of integers and commas, not \"801,x\""},
+      {"/vecRangeData", "[]", "vecRangeData is empty"},
+      {"/vecRangeData/1/FUpper", "null", "vecRangeData[2].FUpper is due as a number, not null"},
+      {"/vecSchemeData", "[]", "vecSchemeData is empty"},
+      {"/vecSchemeData/2/FRebateCount", "3", "vecSchemeData[3].FRebateCount is due as the position of a range, 1 to 2"},
+      {"/vecSchemeData/0/FItemID", "\"\"", "vecSchemeData[1]: one of FItemID and FOrgID is due"},
+      {"/vecSchemeData/0/FRate", "1", "vecSchemeData[1].FRate is unknown"},
+  };
+  for (const auto& c : cases) {
+    Json form = ExampleForm();
+    form[Json::json_pointer(c.at)] = ParseJson(c.value);
+    const std::vector<Text> problems = FormProblems(form);
+    ASSERT_FALSE(problems.empty()) << c.problem;
+    EXPECT_EQ(problems[0], c.problem);
+  }
+}
+
+}  // namespace
+}  // namespace rebate

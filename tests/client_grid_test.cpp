@@ -1,0 +1,124 @@
+#include "tests/tool_kit.h"
+
+namespace rebate {
+namespace {
+
+// A grid of suppliers 803 and 804 with the example's ranges and rates.
+class ClientGrid : public ToolTest {
+ protected:
+  ClientGrid() {
+    EXPECT_EQ(Run({"ranges", "2040", "--set", Example("ranges")}).out, "Type 2040 now has 2 ranges.\n");
+    EXPECT_EQ(Run({"select", "2040", "803", "804"}).out, "The selection of type 2040 now is 803 804.\n");
+    EXPECT_EQ(Run({"rates", "2040", "--set", Example("rates")}).out, "Stored 3 rates of type 2040.\n");
+  }
+
+  Outcome SetRates(const Text& rows, std::vector<Text> more = {}) {
+    more.insert(more.begin(), {"rates", "2040", "--set", File("rates.json", rows)});
+    return Run(more);
+  }
+  // The lines of a printed table behind its rule, blanks squeezed.
+  Text Lines(const std::vector<Text>& verb) {
+    std::istringstream table(Run(verb).out);
+    Text lines;
+    int number = 0;
+    for (Text line; std::getline(table, line);) {
+      if (number++ < 2) continue;
+      std::istringstream words(line);
+      for (Text word; words >> word;) lines += word + " ";
+      lines += "\n";
+    }
+    return lines;
+  }
+};
+
+TEST_F(ClientGrid, IsPrintedAsAGrid) {
+  EXPECT_EQ(Run({"rates", "2040"}).out,
+            " ID  Number  Name                  0 – 50000  50000 – 200000\n"
+            "---  ------  --------------------  ---------  --------------\n"
+            "803  S003    杭州清源饮品有限公司        0.5            1.25\n"
+            "804  S004    青岛海岸食品有限公司                          2\n");
+  EXPECT_EQ(RunJson({"rates", "2040"}).size(), 3u);
+  EXPECT_EQ(RunJson({"rates", "3020"}), Json::array());
+  EXPECT_EQ(Run({"rates", "3020"}).status, 0);
+}
+
+TEST_F(ClientGrid, RatesFollowTheirRangesAndLostOnesStandApart) {
+  const Text ranges = R"([{"FLower":"0","FUpper":50000,"FIndex":2},{"FLower":50000,"FUpper":"70000.5","FIndex":1}])";
+  EXPECT_EQ(Run({"ranges", "2040", "--set", File("ranges.json", ranges)}).status, 0);
+  EXPECT_EQ(Lines({"ranges", "2040"}), "1 0 50000 \n3 50000 70000.5 \n");
+  Sql("insert into t_FL_RebateRule (FClassTypeID, FOrgID, FAmtRangeID, FRebateRate) values (2040, 804, 77, 9)");
+  Sql("insert into t_FL_RebateRule (FClassTypeID, FOrgID, FRebateRate) values (2040, 804, 8)");
+  const Text grid = Run({"rates", "2040"}).out;
+  EXPECT_TRUE(Holds(grid, "50000 – 70000.5     ?\n")) << grid;
+  EXPECT_TRUE(Holds(grid, "9, 8\n")) << grid;
+}
+
+TEST_F(ClientGrid, RowsAreStoredAsTheyStandAndCompleted) {
+  EXPECT_EQ(SetRates(R"([{"FOrgID":803,"FIndex":2,"FRebateRate":"3.75","FNote":"甲"},
+                         {"FOrgID":804,"FAmtRangeID":1,"FRebateRate":{"$":"decimal","value":"0.1"}}])")
+                .status,
+            0);
+  EXPECT_EQ(Lines({"rates", "2040"}), "803 S003 杭州清源饮品有限公司 3.75 \n804 S004 青岛海岸食品有限公司 0.1 \n");
+  EXPECT_EQ(SetRates(R"([{"FIndex":1,"FRebateRate":7}])", {"--org", "804"}).out, "Stored 1 rate of type 2040.\n");
+  EXPECT_EQ(Lines({"rates", "2040"}), "803 S003 杭州清源饮品有限公司 3.75 \n804 S004 青岛海岸食品有限公司 7 \n");
+  EXPECT_EQ(SetRates("[]").out, "Stored 0 rates of type 2040.\n");
+  EXPECT_EQ(Lines({"rates", "2040"}), "803 S003 杭州清源饮品有限公司 \n804 S004 青岛海岸食品有限公司 \n");
+}
+
+TEST_F(ClientGrid, TheRestIsEveryOrganisationThatIsNotSelected) {
+  EXPECT_EQ(SetRates(R"({"rows":[{"FIndex":1,"FRebateRate":4}],"rest":true})").out,
+            "Stored 1 rate of type 2040 for each organisation that isn't selected.\n");
+  const Outcome rules =
+      RunRebate({"sql", dsn_, "select FOrgID from t_FL_RebateRule where FClassTypeID=2040", "--json"});
+  EXPECT_EQ(rules.out, "{\"FOrgID\":801}\n{\"FOrgID\":802}\n{\"FOrgID\":805}\n{\"FOrgID\":806}\n{\"FOrgID\":807}\n");
+}
+
+TEST_F(ClientGrid, ItemsAreSelectedOrNot) {
+  const auto ids = [&](std::vector<Text> more) {
+    more.insert(more.begin(), "items");
+    Text text;
+    for (const Json& row : RunJson(more)) text += row["FItemID"].get<Text>() + row["Selected"].get<Text>() + " ";
+    return text;
+  };
+  EXPECT_EQ(ids({"2040"}), "803yes 804yes 801no 802no 805no 806no 807no ");
+  EXPECT_EQ(ids({"2040", "--selected"}), "803yes 804yes ");
+  EXPECT_EQ(ids({"2040", "--unselected"}), "801no 802no 805no 806no 807no ");
+  EXPECT_EQ(Run({"select", "2041", "401", "405", "--org", "806"}).status, 0);
+  EXPECT_EQ(Lines({"items", "2041", "--selected"}), "401 G001 茉莉香皂 100克 yes \n405 G005 冰红茶 500毫升 yes \n");
+  EXPECT_EQ(Lines({"rates", "2041", "--org", "806"}), "401 G001 茉莉香皂 100克 \n405 G005 冰红茶 500毫升 \n");
+  EXPECT_EQ(Run({"select", "2040", "--none"}).out, "The selection of type 2040 now is empty.\n");
+  EXPECT_EQ(ids({"2040", "--selected"}), "");
+}
+
+TEST_F(ClientGrid, WhatIsWrongIsToldAndChangesNothing) {
+  const Text before = Run({"rates", "2040"}).out;
+  const struct {
+    std::vector<Text> arguments;
+    int status;
+    Text told;
+  } cases[] = {
+      {{"select", "2040"}, 2, "ID"},
+      {{"select", "2040", "803", "--none"}, 2, "--none"},
+      {{"select", "2040", "x"}, 2, "x"},
+      {{"items", "2040", "--selected", "--unselected"}, 2, "--selected"},
+      {{"items", "2042"}, 1, "rebate: "},
+      {{"ranges", "all"}, 2, "TYPE"},
+      {{"ranges", "2040", "--scheme", "1"}, 2, "--set"},
+      {{"ranges", "2040", "--set", File("a", "[]")}, 1, "There is no range in it"},
+      {{"ranges", "2040", "--set", File("b", R"([{"FLower":1}])")}, 1, "ranges[1].FUpper is missing"},
+      {{"rates", "2040", "--set", File("c", R"([{"FRate":1}])")}, 1, "rows[1].FRebateRate is missing"},
+      {{"rates", "2040", "--set", File("d", R"({"rows":[],"rest":1})")}, 1, "rest is due as true or false"},
+      {{"rates", "2040", "--set", File("e", R"([{"FRebateRate":1,"FIndex":3}])")}, 1, "no range at position 3"},
+      {{"rates", "2040", "--set", File("f", "{")}, 1, "parse error"},
+      {{"rates", "2040", "--set", File("g", R"({"rows":[{"FOrgID":1,"FRebateRate":1}],"rest":true})")}, 1, "FOrgID"},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Run(c.arguments);
+    EXPECT_EQ(outcome.status, c.status) << c.told << outcome.out << outcome.err;
+    EXPECT_TRUE(Holds(outcome.err, c.told)) << outcome.out << outcome.err;
+  }
+  EXPECT_EQ(Run({"rates", "2040"}).out, before);
+}
+
+}  // namespace
+}  // namespace rebate
