@@ -50,6 +50,8 @@ class CallServer {
         Refuse("\"op\" is missing: the operation, as Class.Member");
       }
     });
+    // A request that came to no call did nothing to the world.
+    if (options_.trace && answer.contains("error") && !answer.contains("trace")) answer["trace"] = Json::array();
     return answer;
   }
 
@@ -99,7 +101,6 @@ class CallServer {
 void ServeCalls(std::istream& in, std::ostream& out, const CallOptions& options) {
   CallServer server(options);
   for (Text line; std::getline(in, line);) {
-    if (line.find_first_not_of(" \t\r") == Text::npos) continue;
     out << JsonLine(server.Answer(line)) << '\n' << std::flush;
   }
 }

@@ -18,7 +18,7 @@ struct CallOptions {
 //   {"op":…,"result":VALUE,"args":{…},"trace":[…]}              its answer, with the by-ref arguments if there are any
 //   {"op":…,"error":{"number":…,"source":…,"description":…},…}  its answer where it raised, or could not be made
 // A line with "login" or "cache" in the place of "op" speaks for the host (see CallControl).
-// A line that is no request is answered by an error, and the next one is read; empty lines are passed over. Each thread
+// A line that is no request is answered by an error, and the next one is read; so is an empty line. Each thread
 // named is a thread of the process with one instance of each class, made on first use; calls still run one at a time.
 void ServeCalls(std::istream& in, std::ostream& out, const CallOptions& options);
 

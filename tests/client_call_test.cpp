@@ -77,11 +77,17 @@ std::vector<Text> Serve(const std::vector<Text>& requests, bool trace = false, s
   return answers;
 }
 
+// A program that counts answers against its lines never waits in vain.
+TEST(ClientCall, AnswersEveryLineEvenAnEmptyOne) {
+  const auto answers = Serve({"", " \r", R"({"op":"Counter.Count"})"});
+  ASSERT_EQ(answers.size(), 3u);
+  EXPECT_NE(answers[0].find("\"number\":5"), Text::npos);
+  EXPECT_NE(answers[1].find("\"number\":5"), Text::npos);
+}
+
 TEST(ClientCall, AnswersHoldTheResultAndTheByRefArguments) {
   const auto answers = Serve({
       R"({"op":"Counter.Add","args":{"by":2,"msg":"m"}})",
-      "",
-      " \r",
       R"({"op":"counter.add","args":{"MSG":"","by":"3","sDsn":"other.db","times":2}})",
       R"({"op":"Counter.Count"})",
       R"({"op":"Counter.Work","args":{"rows":null,"fails":false}})",

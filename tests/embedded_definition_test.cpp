@@ -40,6 +40,19 @@ TEST_F(EmbeddedDefinition, KeepsTemporaryTablesToTheConnection) {
   EXPECT_EQ(Refusal("insert into #t (FName, FRate) values ('b', 2.345)").description, "Invalid column name 'FRate'.");
 }
 
+TEST_F(EmbeddedDefinition, KeepsTextsWithoutABound) {
+  Run("create table t_long (FText nvarchar(max), FNote text)");
+  Run("insert into t_long values ('" + Text(9000, 'x') + "', 'n')");
+  Run("select FText + FNote as FBoth into #long from t_long");
+  EXPECT_EQ(Rows("select len(FText) from t_long"), "9000");
+  EXPECT_EQ(Rows("select len(FBoth) from #long"), "9001");
+}
+
+TEST_F(EmbeddedDefinition, RefusesAnIdentityThatCountsByOtherThanOne) {
+  EXPECT_EQ(Refusal("create table t_step (FID int identity(10,5))").description,
+            "An identity column that counts by other than 1 is not supported by an embedded account.");
+}
+
 TEST_F(EmbeddedDefinition, RollsDefinitionsBack) {
   Run("create table t_p (FID int)");
   Run("select * into #kept from t_p");

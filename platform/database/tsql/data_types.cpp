@@ -108,7 +108,8 @@ Text Declaration(const DataType& type) {
   if (type.kind == TypeKind::Decimal) {
     text += '(' + std::to_string(type.precision) + ',' + std::to_string(std::max(type.scale, 0)) + ')';
   } else if (IsText(type.kind)) {
-    text += type.length == DataType::kMaxLength ? Text("(max)") : '(' + std::to_string(type.length) + ')';
+    // SQLite takes no word between the parentheses: (max) stands as its number.
+    text += '(' + std::to_string(type.length) + ')';
   }
   return text;
 }
@@ -127,7 +128,7 @@ std::optional<DataType> ParseDeclaration(std::string_view text) {
     text.remove_prefix(std::min<std::size_t>(1, text.size()));
     type.scale = ReadNumber(text);
   } else if (IsText(type.kind)) {
-    type.length = text.starts_with("max") ? DataType::kMaxLength : ReadNumber(text);
+    type.length = text.starts_with('-') ? DataType::kMaxLength : ReadNumber(text);
   }
   return type;
 }

@@ -91,6 +91,9 @@ TableDraft DraftTable(const Surroundings& surroundings, const CreateTable& state
           "Identity column '" + definition.name +
           "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0.");
     }
+    if (definition.identity && definition.identity_step != 1) {
+      RefuseStatement("An identity column that counts by other than 1 is not supported by an embedded account.");
+    }
     if (definition.computed) {
       Scope scope = OwnColumns(statement);
       const Term term = emitter.EmitExpression(*definition.computed, scope);
