@@ -1,9 +1,14 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "client/tool.h"
+#include "platform/login/data_source.h"
 
 namespace {
 
@@ -13,11 +18,27 @@ std::size_t TerminalWidth(int file) {
   return size.ws_col;
 }
 
+// The arguments, to work with; what other users see of the process shows no password any more.
+std::vector<std::string> TakeArguments(int argc, char** argv) {
+  std::vector<std::string> arguments(argv, argv + argc);
+  for (int i = 1; i < argc; ++i) {
+    const std::string& argument = arguments[static_cast<std::size_t>(i)];
+    const std::string shown = rebate::WithoutPasswords(argument);
+    if (shown == argument) continue;
+    std::memset(argv[i], 0, argument.size());
+    std::memcpy(argv[i], shown.data(), std::min(shown.size(), argument.size()));
+  }
+  return arguments;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   const bool asks = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
   rebate::Tool tool{std::cin, std::cout, std::cerr, TerminalWidth(STDOUT_FILENO), isatty(STDERR_FILENO) != 0, asks};
-  return rebate::RunTool(argc, argv, tool);
+  const std::vector<std::string> arguments = TakeArguments(argc, argv);
+  std::vector<const char*> texts;
+  for (const std::string& argument : arguments) texts.push_back(argument.c_str());
+  return rebate::RunTool(argc, texts.data(), tool);
 }
