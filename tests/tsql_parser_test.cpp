@@ -239,7 +239,7 @@ TEST(Parser, ChecksWhatABatchMustNotSay) {
       {"select 1 create view v as select 1", "'CREATE VIEW' must be the first statement in a query batch."},
       {"create table t(a foo)", "Cannot find data type foo."},
       {"declare @a nvarchar(5000)", "The size (5000) given exceeds the maximum allowed (4000)."},
-      {"declare @a varchar(0)", "Length or precision specification 0 is invalid."},
+      {"declare @a varchar(0)", "Length or precision 0 is invalid."},
       {"declare @a decimal(5,6)", "The scale (6) must be less than or equal to the precision (5)."},
   });
 }

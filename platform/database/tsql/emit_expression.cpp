@@ -380,7 +380,7 @@ Term Emitter::EmitCase(const Case& node, Scope& scope) {
   }
   if (!type)
     RefuseStatement(
-        "At least one of the result expressions in a CASE specification must be an expression other than the NULL "
+        "At least one of the result expressions in a CASE must be an expression other than the NULL "
         "constant.");
   Term term;
   term.type = *type;

@@ -192,7 +192,7 @@ int Parser::ParsePositive(int highest) {
   TakePinned();
   int value = 0;
   std::from_chars(token.text.data(), token.text.data() + token.text.size(), value);
-  if (value == 0) ThrowSyntax("Length or precision specification 0 is invalid.");
+  if (value == 0) ThrowSyntax("Length or precision 0 is invalid.");
   if (value > highest) {
     ThrowSyntax("The size (" + Text(token.text) + ") given exceeds the maximum allowed (" + std::to_string(highest) +
                 ").");
