@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 
 #include "client/progress.h"
@@ -16,20 +15,20 @@ struct InitOptions {
   bool json = false;
 };
 
-std::vector<std::string_view> BatchesOf(const InitOptions& options) {
-  std::vector<std::string_view> batches = Batches(AccountSchema());
+std::vector<ScriptBatch> BatchesOf(const InitOptions& options) {
+  std::vector<ScriptBatch> batches = Batches(AccountSchema());
   if (options.sample) {
-    for (const std::string_view batch : Batches(AccountSample())) batches.push_back(batch);
+    for (const ScriptBatch& batch : Batches(AccountSample())) batches.push_back(batch);
   }
   return batches;
 }
 
 // The account stands whole or not at all.
-void FillAccount(Connection& connection, const std::vector<std::string_view>& batches, Progress& progress) {
+void FillAccount(Connection& connection, const std::vector<ScriptBatch>& batches, Progress& progress) {
   connection.BeginWork();
   try {
-    for (const std::string_view batch : batches) {
-      connection.Execute(batch);
+    for (const ScriptBatch& batch : batches) {
+      connection.Execute(batch.text);
       progress.Step();
     }
     connection.CommitWork();
@@ -39,24 +38,16 @@ void FillAccount(Connection& connection, const std::vector<std::string_view>& ba
   }
 }
 
-void RemoveFile(const Text& path) {
-  std::error_code ignored;
-  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) std::filesystem::remove(path + suffix, ignored);
-}
-
 void Init(const InitOptions& options, Tool& tool) {
   const DataSource source = DataSource::Parse(options.dsn);
-  const std::vector<std::string_view> batches = BatchesOf(options);
+  const std::vector<ScriptBatch> batches = BatchesOf(options);
   const Text name = source.embedded ? source.path : WithoutPasswords(options.dsn);
-  ConnectionRef connection = ConnectForSetup(source);
-  try {
+  AccountSetup setup(source);
+  {
     Progress progress(tool.err, tool.progress, "making " + name, batches.size());
-    FillAccount(*connection, batches, progress);
-  } catch (...) {
-    connection = nullptr;
-    if (source.embedded) RemoveFile(source.path);
-    throw;
+    FillAccount(setup.connection(), batches, progress);
   }
+  setup.Finish();
   if (options.json) {
     tool.out << "{\"sample\":" << (options.sample ? "true" : "false") << "}\n";
   } else {

@@ -7,6 +7,7 @@
 #include "client/table.h"
 #include "platform/automation/conversion.h"
 #include "platform/database/recordset.h"
+#include "platform/values/number_text.h"
 
 namespace rebate {
 namespace {
@@ -48,6 +49,7 @@ Text JsonOf(const Variant& value) {
     case VariantType::Decimal:
       return ToText(value);
     case VariantType::Single:
+      return ShortestText(static_cast<float>(value.real()));
     case VariantType::Double:
       return JsonLine(value.real());
     default:

@@ -1,13 +1,13 @@
 #include "client/tagged_values.h"
 
-#include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <optional>
 
 #include "platform/automation/conversion.h"
 #include "platform/automation/error.h"
+#include "platform/values/number_text.h"
 
 namespace rebate {
 namespace {
@@ -20,53 +20,24 @@ namespace {
   throw Error(error_number::kOverflow, "JSON", path + ": the number is outside the kind " + Text(kind));
 }
 
-bool IsDigits(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
-// A number in plain decimal text, in its pieces.
-struct PlainDecimal {
-  bool negative = false;
-  std::string_view whole;
-  std::string_view fraction;
-};
-
-std::optional<PlainDecimal> SplitDecimal(std::string_view text) {
-  PlainDecimal parts;
-  parts.negative = text.starts_with('-');
-  if (parts.negative) text.remove_prefix(1);
-  const std::size_t point = text.find('.');
-  parts.whole = text.substr(0, point);
-  if (point != std::string_view::npos) {
-    parts.fraction = text.substr(point + 1);
-    if (!IsDigits(parts.fraction)) return std::nullopt;
-  }
-  if (!IsDigits(parts.whole)) return std::nullopt;
-  return parts;
-}
-
-// The plain digits of the value of a `currency` or a `decimal`.
+// The plain digits of the value of a `currency` or a `decimal`, which a number comes with as it is written.
 Text DigitsFromJson(const Json& value, const Text& path) {
+  constexpr std::size_t kMostDigits = 400;
   if (value.is_number_integer()) return value.dump();
-  if (value.is_number_float()) {
-    char digits[512];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value.get<double>(), std::chars_format::fixed).ptr;
-    return Text(digits, end);
+  if (value.is_string()) {
+    const auto& text = value.get_ref<const Text&>();
+    // In a text stands no exponent, and a digit on both sides of a point.
+    const bool plain = text.find_first_of("eE+") == Text::npos && IsDigit(text.empty() ? ' ' : text.back()) &&
+                       (IsDigit(text[0]) || (text[0] == '-' && IsDigit(text[1])));
+    if (plain && PlainDigits(text, kMostDigits)) return text;
   }
-  if (value.is_string() && SplitDecimal(value.get_ref<const Text&>())) return value.get<Text>();
   ThrowMismatch(path, "a number in plain digits is due, as text or as number, not " + JsonLine(value));
 }
 
-// The ten-thousandths of the number; further digits round, halves away from 0.
 Variant CurrencyFromDigits(std::string_view digits, const Text& path) {
-  const PlainDecimal parts = SplitDecimal(digits).value();
-  Text scaled(parts.whole);
-  for (std::size_t i = 0; i < 4; ++i) scaled += i < parts.fraction.size() ? parts.fraction[i] : '0';
-  std::int64_t number = 0;
-  const auto [end, code] = std::from_chars(scaled.data(), scaled.data() + scaled.size(), number);
-  if (code != std::errc() || number == std::numeric_limits<std::int64_t>::max()) ThrowOverflow(path, "currency");
-  if (parts.fraction.size() > 4 && parts.fraction[4] >= '5') ++number;
-  return Variant::Currency(parts.negative ? -number : number);
+  const std::optional<std::int64_t> units = CurrencyUnits(digits);
+  if (!units) ThrowOverflow(path, "currency");
+  return Variant::Currency(*units);
 }
 
 Variant ShortFromJson(const Json& value, const Text& path) {
@@ -99,11 +70,7 @@ void CheckKeys(const Json& json, bool has_value, const Text& path) {
 
 // The shortest digits that read back as the same 32-bit float.
 double Shortest(float number) {
-  char digits[64];
-  const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-  double value = 0;
-  std::from_chars(digits, end, value);
-  return value;
+  return ReadFloat(ShortestText(number)).number;
 }
 
 Json Tagged(const char* kind, Json value) {

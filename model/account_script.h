@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -13,8 +14,17 @@ std::string_view AccountSchema();
 // Fills an account that was just made with a small shop's suppliers, customers, employees, goods, units and users.
 std::string_view AccountSample();
 
-// The batches of a script, in order: what stands between lines that hold the word GO alone, in any case, blanks around
-// it allowed. Batches of white space alone are left out. They point into `script`.
-std::vector<std::string_view> Batches(std::string_view script);
+struct ScriptBatch {
+  std::string_view text;  // it points into the script
+  std::size_t times = 1;  // that it is to be run
+
+  friend bool operator==(const ScriptBatch&, const ScriptBatch&) = default;
+};
+
+// The batches of a script, in order: what stands between lines that hold the word GO, in any case, with nothing behind
+// it but blanks, a comment from `--` on, and the number of times that the batch before it is to be run. What is inside
+// of quotation marks, brackets or a comment is no such line. Batches of white space alone are left out. Raises, naming
+// the line, for GO with anything else behind it.
+std::vector<ScriptBatch> Batches(std::string_view script);
 
 }  // namespace rebate

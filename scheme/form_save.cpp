@@ -1,6 +1,6 @@
 #include "model/rebate_type.h"
 #include "platform/automation/conversion.h"
-#include "platform/automation/local_date.h"
+#include "platform/values/calendar.h"
 #include "service/base_info_mgr.h"
 #include "service/statement_text.h"
 

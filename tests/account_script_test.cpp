@@ -7,7 +7,7 @@
 
 #include "model/rebate_type.h"
 #include "platform/automation/error.h"
-#include "platform/database/tsql/parser.h"
+#include "platform/database/tsql/parse/parser.h"
 
 namespace rebate {
 namespace {
@@ -17,22 +17,38 @@ using tsql::Statement;
 TEST(Batches, StandBetweenLinesOfGo) {
   const struct {
     std::string_view script;
-    std::vector<std::string_view> batches;
+    std::vector<ScriptBatch> batches;
   } cases[] = {
       {"", {}},
-      {"select 1", {"select 1"}},
-      {"select 1\nGO\nselect 2\r\n  go \r\nselect 3\nGo", {"select 1\n", "select 2\r\n", "select 3\n"}},
+      {"select 1", {{"select 1"}}},
+      {"select 1\nGO\nselect 2\r\n  go \r\nselect 3\nGo", {{"select 1\n"}, {"select 2\r\n"}, {"select 3\n"}}},
       {"GO\n\n  \nGO\n\tGO\t\n", {}},
-      {"select go\nGO 5\nlogo\ngo;", {"select go\nGO 5\nlogo\ngo;"}},
-      {"a\nGO\n b", {"a\n", " b"}},
+      {"select go\nlogo\ngo;\ngoto", {{"select go\nlogo\ngo;\ngoto"}}},
+      {"a\nGO\n b", {{"a\n"}, {" b"}}},
+      {"a\ngo 3\r\nb\nGO\t12 -- times\nc\nGO--\n", {{"a\n", 3}, {"b\n", 12}, {"c\n"}}},
+      {"a '\ngo\n''\ngo x\n'\ngo\nb", {{"a '\ngo\n''\ngo x\n'\n"}, {"b"}}},
+      {"/* ' /*\ngo 0\n*/ [\ngo\n*/\ngo\n[\"\ngo\n]\ngo\n-- '\ngo\nb",
+       {{"/* ' /*\ngo 0\n*/ [\ngo\n*/\n"}, {"[\"\ngo\n]\n"}, {"-- '\n"}, {"b"}}},
   };
   for (const auto& c : cases) EXPECT_EQ(Batches(c.script), c.batches) << c.script;
+}
+
+TEST(Batches, RefuseGoWithAnythingButACount) {
+  for (const char* count : {"0", "-1", "x", "2 3", "1.5", "99999999999", "2;"}) {
+    try {
+      Batches(Text("select 1\n\nGO ") + count + "\nselect 2");
+      ADD_FAILURE() << count;
+    } catch (const Error& error) {
+      EXPECT_EQ(error.description,
+                "Line 3: GO takes the number of times to run the batch, from 1 on, not '" + Text(count) + "'.");
+    }
+  }
 }
 
 // The statements of a script, batch by batch; a batch that doesn't parse fails the test.
 std::vector<tsql::Batch> Parsed(std::string_view script) {
   std::vector<tsql::Batch> parsed;
-  for (const std::string_view batch : Batches(script)) {
+  for (const auto& [batch, times] : Batches(script)) {
     try {
       parsed.push_back(tsql::Parse(batch));
     } catch (const Error& error) {
@@ -65,7 +81,7 @@ TEST(AccountSchema, IndexesAndFillsColumnsThatItsTablesHave) {
                                     [&](const tsql::CreateTable* candidate) { return candidate->table.name == table; });
     ASSERT_NE(found, tables.end()) << table;
     for (const Text& column : columns) {
-      EXPECT_TRUE(std::any_of((*found)->columns.begin(), (*found)->columns.end(),
+      EXPECT_TRUE(std::any_of((*found)->elements.columns.begin(), (*found)->elements.columns.end(),
                               [&](const tsql::ColumnDefinition& definition) { return definition.name == column; }))
           << table << "." << column;
     }
@@ -80,10 +96,11 @@ TEST(AccountSchema, IndexesAndFillsColumnsThatItsTablesHave) {
 TEST(AccountSchema, AsksForNoValueButItsKeys) {
   for (const std::vector<tsql::Batch> schema = Parsed(AccountSchema());
        const auto* table : All<tsql::CreateTable>(schema)) {
-    for (const tsql::ColumnDefinition& column : table->columns) {
-      const bool key = column.primary_key || std::any_of(table->keys.begin(), table->keys.end(), [&](const auto& each) {
-                         return std::count(each.columns.begin(), each.columns.end(), column.name) > 0;
-                       });
+    const auto& [columns, keys, checks] = table->elements;
+    for (const tsql::ColumnDefinition& column : columns) {
+      const bool key = std::any_of(keys.begin(), keys.end(), [&](const tsql::KeyConstraint& each) {
+        return std::count(each.columns.begin(), each.columns.end(), column.name) > 0;
+      });
       EXPECT_TRUE(column.nullable || key) << table->table.name << "." << column.name;
     }
   }

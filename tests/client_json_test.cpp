@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <nlohmann/json.hpp>
 
 #include "client/json_values.h"
@@ -61,6 +62,29 @@ TEST(ClientJson, NumbersServeAsCurrencyAndDecimal) {
   EXPECT_EQ(RoundTrip(R"({"$":"currency","value":-7})"), R"({"$":"currency","value":"-7"})");
   EXPECT_EQ(RoundTrip(R"({"$":"decimal","value":1e21})"), R"({"$":"decimal","value":"1000000000000000000000"})");
   EXPECT_EQ(RoundTrip(R"({"$":"decimal","value":9007199254740993})"), R"({"$":"decimal","value":"9007199254740993"})");
+}
+
+// No float stands between the digits as they are written and the amount, whichever key comes first.
+TEST(ClientJson, ExactNumbersKeepAllTheirDigits) {
+  const Text digits = "1234567890123456789012345678.0123456789";
+  const Text tagged = R"({"$":"decimal","value":")" + digits + "\"}";
+  EXPECT_EQ(RoundTrip(R"({"$":"decimal","value":)" + digits + "}"), tagged);
+  EXPECT_EQ(RoundTrip(R"({"value":)" + digits + R"(,"$":"decimal"})"), tagged);
+  EXPECT_EQ(RoundTrip(R"({"$":"decimal","value":-12345678901234567890123456789012345678})"),
+            R"({"$":"decimal","value":"-12345678901234567890123456789012345678"})");
+  EXPECT_EQ(RoundTrip(R"({"$":"currency","value":922337203685477.5807})"),
+            R"({"$":"currency","value":"922337203685477.5807"})");
+  EXPECT_EQ(RoundTrip(R"({"value":2.5,"a":{"value":1e3}})"), R"({"value":2.5,"a":{"value":1000.0}})");
+  EXPECT_EQ(RoundTrip(R"({"value":1.5,"value":null})"), R"({"value":null})");
+  EXPECT_EQ(ReadingError(R"({"value":18446744073709551616})"), "6 The integer 18446744073709551616 is out of range");
+}
+
+// A host may have set any locale; this one writes a comma for the point.
+TEST(ClientJson, ReadsFloatsInAnyLocale) {
+  const Text former = std::setlocale(LC_ALL, nullptr);
+  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no locale with a decimal comma";
+  EXPECT_EQ(RoundTrip("[1.5,-2.5e-3]"), "[1.5,-0.0025]");
+  std::setlocale(LC_ALL, former.c_str());
 }
 
 TEST(ClientJson, WhatIsNoValueIsRefusedWithItsPlace) {

@@ -28,6 +28,27 @@ TEST_F(ClientTool, SqlBatchesStandOrFallByThemselves) {
   EXPECT_EQ(users.out, "{\"FUserID\":1,\"FName\":\"Administrator\"}\n{\"FUserID\":7,\"FName\":\"甲\"}\n");
 }
 
+TEST_F(ClientTool, SqlShowsWhatABatchSays) {
+  const Text script =
+      "print '开始' select FUserID from t_User where FUserID=1 print '完成'\nGO\nraiserror('%d left',10,1,3)\nGO\n"
+      "print 'before' select abc from t_User\n";
+  const Outcome table = RunRebate({"sql", dsn_}, script);
+  EXPECT_TRUE(table.out.starts_with("开始\n完成\nFUserID")) << table.out;
+  EXPECT_TRUE(table.out.ends_with("3 left\nbefore\n")) << table.out;
+  const Outcome json = RunRebate({"sql", dsn_, "--json"}, script);
+  EXPECT_EQ(json.out, "{\"FUserID\":1}\n");
+  EXPECT_EQ(json.err, "开始\n完成\n3 left\nbefore\nrebate: batch 3: Invalid column name 'abc'.\n");
+}
+
+TEST_F(ClientTool, SqlRunsABatchAsOftenAsGoSays) {
+  Sql("create table t_n (FID int)\nGO\ninsert into t_n values (1)\nGO 3\ninsert into t_n values (2)\ngo");
+  EXPECT_EQ(RunRebate({"sql", dsn_, "--json", "select count(*) as n from t_n"}).out, "{\"n\":4}\n");
+  const Outcome refused = RunRebate({"sql", dsn_, "delete from t_n\nGO 0"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.err, "rebate: Line 2: GO takes the number of times to run the batch, from 1 on, not '0'.\n");
+  EXPECT_EQ(RunRebate({"sql", dsn_, "--json", "select count(*) as n from t_n"}).out, "{\"n\":4}\n");
+}
+
 TEST_F(ClientTool, AnOverlappingSchemeIsRefusedWithItsRows) {
   EXPECT_TRUE(Save("supplier_total").starts_with("0 Stored 2026年度供应商总额返利 as scheme 1"));
   EXPECT_TRUE(Save("supplier_goods").starts_with("0 Stored"));

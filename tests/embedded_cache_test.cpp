@@ -1,4 +1,3 @@
-#include "platform/database/tsql/batch_splitter.h"
 #include "tests/embedded_kit.h"
 
 namespace rebate {
@@ -49,28 +48,6 @@ TEST_F(EmbeddedCache, LongBatchesRunAsTheyStand) {
   for (int i = 0; i < 200; ++i) broken += "insert into t_s (a) values (1) ";
   EXPECT_EQ(Refusal(broken + "insert into t_s (a) values (1").number, database_error::kStatement);
   EXPECT_EQ(Rows("select count(*) from t_s"), "150") << "a batch that doesn't parse runs nothing";
-}
-
-TEST(BatchSplitter, CutsWhereStatementsBegin) {
-  struct {
-    const char* batch;
-    std::vector<std::string_view> parts;
-  } cases[] = {
-      {"insert a insert b", {"insert a ", "insert b"}},
-      {"begin tran delete a commit tran", {"begin tran ", "delete a ", "commit tran"}},
-      {"if x update a else insert b update c", {"if x update a else insert b ", "update c"}},
-      {"if x begin update a delete b end else if y delete c delete d",
-       {"if x begin update a delete b end else if y delete c ", "delete d"}},
-      {"insert a select case when 1=1 then 2 end delete b", {"insert a select case when 1=1 then 2 end ", "delete b"}},
-      {"insert a values ('delete '' x') --update\n delete [insert]",
-       {"insert a values ('delete '' x') --update\n ", "delete [insert]"}},
-      {"/* delete /* x */ */ delete a where (select 1 if) delete b",
-       {"/* delete /* x */ */ ", "delete a where (select 1 if) ", "delete b"}},
-      {"declare @x int delete a delete b", {"declare @x int delete a delete b"}},
-      {"drop table if exists a delete b", {"drop table if exists a delete b"}},
-      {"select @@identity delete b", {"select @@identity ", "delete b"}},
-  };
-  for (const auto& one : cases) EXPECT_EQ(tsql::SplitBatch(one.batch), one.parts) << one.batch;
 }
 
 }  // namespace

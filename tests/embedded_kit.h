@@ -58,7 +58,7 @@ class EmbeddedTest : public testing::Test {
   }
 
   void MakeSchema() {
-    for (const std::string_view batch : Batches(AccountSchema())) Run(batch);
+    for (const ScriptBatch& batch : Batches(AccountSchema())) Run(batch.text);
   }
 
   std::filesystem::path directory_;

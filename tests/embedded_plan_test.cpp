@@ -1,12 +1,13 @@
 #include "platform/database/embedded/functions.h"
 #include "platform/database/embedded/session.h"
-#include "platform/database/tsql/parser.h"
+#include "platform/database/tsql/parse/parser.h"
+#include "platform/database/tsql/print/command.h"
 #include "tests/embedded_kit.h"
 
 namespace rebate {
 namespace {
 
-// Asks SQLite how it would run what a statement is emitted as.
+// Asks SQLite how it would run what a statement is printed as.
 class EmbeddedPlan : public EmbeddedTest {
  protected:
   EmbeddedPlan() {
@@ -19,21 +20,21 @@ class EmbeddedPlan : public EmbeddedTest {
   }
   ~EmbeddedPlan() override { session_ = nullptr; }
 
-  template <typename Node, typename Emit>
-  tsql::Command EmitFirst(std::string_view text, const Emit& emit) {
-    ReadShape(text, shape_);
+  template <typename Node, typename Make>
+  tsql::Command MakeFirst(std::string_view text, const Make& make) {
+    ReadTemplate(text, template_);
     batch_ = tsql::Parse(text);
-    return emit(tsql::Surroundings{session_->catalog(), shape_.literals, variables_},
-                std::get<Node>(batch_.statements.front()->node));
+    tsql::BindContext context{session_->catalog(), template_.literals, variables_};
+    return make(context, std::get<Node>(batch_.statements.front()->node));
   }
-  tsql::Command EmitSelect(std::string_view text) {
-    return EmitFirst<tsql::SelectStatement>(
-        text, [](const auto& surroundings, const auto& node) { return EmitQuery(surroundings, *node.select); });
+  tsql::Command MakeSelect(std::string_view text) {
+    return MakeFirst<tsql::SelectStatement>(
+        text, [](auto& context, const auto& node) { return MakeQuery(context, node); });
   }
 
   // The lines of the plan.
   std::vector<Text> Plan(const tsql::Command& command) {
-    const StatementHandle query = Prepare(session_->database(), "EXPLAIN QUERY PLAN " + command.sql, path_);
+    const StatementHandle query = Prepare(session_->database(), "EXPLAIN QUERY PLAN " + command.sql.text, path_);
     std::vector<Text> lines;
     while (sqlite3_step(query.get()) == SQLITE_ROW) lines.emplace_back(ColumnText(query.get(), 3));
     return lines;
@@ -48,7 +49,7 @@ class EmbeddedPlan : public EmbeddedTest {
   }
 
   std::unique_ptr<Session> session_;
-  tsql::Shape shape_;
+  tsql::BatchTemplate template_;
   tsql::Batch batch_;
   tsql::VariableTypes variables_;
 };
@@ -70,9 +71,10 @@ TEST_F(EmbeddedPlan, OverlapQueryStartsFromTheRequest) {
   tsql::Batch make = tsql::Parse(
       "create table #TMP_OrgJoinItem (FOrgID int, FItemClassID int, FItemID int, FOrgNumber nvarchar(255), FOrgName "
       "nvarchar(255), FNumber nvarchar(255), FName nvarchar(255))");
-  session_->catalog().Create(
-      DraftTable({session_->catalog(), {}, variables_}, std::get<tsql::CreateTable>(make.statements.front()->node)));
-  const std::vector<Text> plan = Plan(EmitSelect(kOverlap));
+  const auto& create = std::get<tsql::CreateTable>(make.statements.front()->node);
+  tsql::BindContext context{session_->catalog(), {}, variables_};
+  session_->catalog().Create(DraftTable(context, create.elements, create.table, nullptr));
+  const std::vector<Text> plan = Plan(MakeSelect(kOverlap));
   EXPECT_TRUE(Has(plan, "SCAN j")) << Joined(plan);
   EXPECT_TRUE(Has(plan, "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Item")) << Joined(plan);
   EXPECT_TRUE(Has(plan, "SEARCH t_fl_schemelist USING INTEGER PRIMARY KEY")) << Joined(plan);
@@ -100,13 +102,13 @@ TEST_F(EmbeddedPlan, KeysAndIndexesServeTheStatements) {
        "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
   };
   for (const auto& one : cases) {
-    const std::vector<Text> plan = Plan(EmitSelect(one.text));
+    const std::vector<Text> plan = Plan(MakeSelect(one.text));
     EXPECT_TRUE(Has(plan, one.line)) << one.text << '\n' << Joined(plan);
   }
-  const auto update = EmitFirst<tsql::Update>(
+  const auto update = MakeFirst<tsql::Update>(
       "update l set l.FEnable =0 from t_FL_SchemeList l inner join (select FRebateType from t_FL_SchemeList where "
       "FSchemeID =7) e on l.FRebateType=e.FRebateType where l.FEnable =1 and l.FSchemeID<>7",
-      [](const auto& surroundings, const auto& node) { return EmitUpdate(surroundings, node); });
+      [](auto& context, const auto& node) { return MakeUpdate(context, node); });
   EXPECT_FALSE(Has(Plan(update), "SCAN")) << Joined(Plan(update));
 }
 

@@ -36,22 +36,69 @@ TEST_F(EmbeddedTransaction, UnitOfWorkStandsOrFallsWhole) {
 }
 
 TEST_F(EmbeddedTransaction, TransactionsInTextsNest) {
-  account_->BeginWork();
-  EXPECT_EQ(Rows("select @@trancount"), "1");
-  Run("begin tran insert into t_t values (1) begin tran insert into t_t values (2) commit tran commit tran");
-  EXPECT_EQ(Refusal("commit tran").description,
-            "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
-  Run("begin tran insert into t_t values (3) rollback tran insert into t_t values (4)");
-  account_->CommitWork();
-  EXPECT_EQ(Rows("select FID from t_t"), "4") << "rollback tran undoes the unit so far and leaves it open";
+  struct {
+    bool unit;
+    const char* text;
+    const char* levels;  // @@trancount behind it
+    const char* stands;  // what another connection sees then
+    const char* left;    // what stands when the unit is undone
+  } cases[] = {
+      {false, "insert into t_t values (1)", "0", "1", "1"},
+      {false, "begin tran insert into t_t values (1)", "1", "", "1"},
+      {false, "begin tran begin tran insert into t_t values (1) commit tran", "1", "", "1"},
+      {false, "begin tran begin tran insert into t_t values (1) commit commit", "0", "1", "1"},
+      {false, "begin tran begin tran insert into t_t values (1) rollback insert into t_t values (2)", "0", "2", "2"},
+      {true, "insert into t_t values (1)", "1", "", ""},
+      {true, "begin tran begin tran insert into t_t values (1)", "3", "", ""},
+      {true, "begin tran insert into t_t values (1) commit tran", "1", "", ""},
+      {true, "insert into t_t values (1) commit tran insert into t_t values (2)", "1", "1", "1"},
+      {true, "insert into t_t values (1) rollback tran insert into t_t values (2) commit tran", "1", "2", "2"},
+      {true, "begin tran insert into t_t values (1) begin tran rollback insert into t_t values (2)", "1", "", ""}};
+  const ConnectionRef other = OpenEmbedded(path_);
+  for (const auto& one : cases) {
+    if (one.unit) account_->BeginWork();
+    Run(one.text);
+    EXPECT_EQ(Rows("select @@trancount"), one.levels) << one.text;
+    EXPECT_EQ(RowsOn(*other, "select FID from t_t"), one.stands) << one.text;
+    if (one.unit) {
+      account_->RollbackWork();
+      EXPECT_EQ(Rows("select FID from t_t"), one.left) << one.text;
+    }
+    Run("if @@trancount > 0 rollback tran delete from t_t");
+  }
+  for (const char* verb : {"COMMIT", "ROLLBACK"}) {
+    EXPECT_EQ(Refusal(Text(verb) + " tran").description,
+              "The " + Text(verb) + " TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+  }
+}
 
-  Run("begin tran insert into t_t values (5)");
-  EXPECT_EQ(RowsOn(*OpenEmbedded(path_), "select count(*) from t_t"), "1");
-  Run("commit tran");
-  EXPECT_EQ(RowsOn(*OpenEmbedded(path_), "select count(*) from t_t"), "2");
-  Run("begin tran delete from t_t rollback tran");
-  EXPECT_EQ(Count(), "2");
-  EXPECT_EQ(Refusal("rollback tran").number, database_error::kStatement);
+TEST_F(EmbeddedTransaction, IdentityInsertEndsWithItsUnitAndItsTable) {
+  const char* numbered = "create table t_n (FID int identity(1,1) primary key, a int)";
+  Run(numbered);
+  Run("create table t_o (FID int identity(1,1) primary key)");
+  const Text off =
+      "Cannot insert explicit value for identity column in table 't_n' when IDENTITY_INSERT is set to OFF.";
+  const char* give = "insert into t_n (FID, a) values (5, 1)";
+  const auto set = [&] { Run("set identity_insert t_n on"); };
+  EXPECT_EQ(Refusal(give).description, off);
+  for (const bool stands : {false, true}) {
+    account_->BeginWork();
+    set();
+    EXPECT_NE(Refusal("insert into t_n (a) values (1)").number, 0);
+    EXPECT_EQ(
+        Refusal("set identity_insert t_o on").description,
+        "IDENTITY_INSERT is already ON for table 'account.dbo.t_n'. Cannot perform SET operation for table 't_o'.");
+    Run(give);
+    stands ? account_->CommitWork() : account_->RollbackWork();
+    EXPECT_EQ(Refusal(give).description, off) << stands;
+  }
+  set();
+  Run("drop table t_n");
+  Run(numbered);
+  EXPECT_EQ(Refusal(give).description, off);
+  set();
+  account_->BeginWork();
+  EXPECT_EQ(Refusal(give).description, off) << "a call starts without what the connection was left with";
 }
 
 TEST_F(EmbeddedTransaction, WriterWaitsForTheOtherAndGivesUpInTime) {
@@ -130,6 +177,62 @@ TEST_F(EmbeddedOpening, RefusesWhatIsNoAccount) {
     EXPECT_NE(error.description.find(Path(one.name)), Text::npos) << error.description;
   }
   EXPECT_FALSE(std::filesystem::exists(Path("missing")));
+}
+
+TEST_F(EmbeddedOpening, TellsOfDamageInItsOwnWords) {
+  MakeSchema();
+  account_ = nullptr;
+  const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path_));
+  struct {
+    std::streamoff at;  // where the file is overwritten
+    std::streamoff count;
+  } damages[] = {{44, 4}, {100, 600}, {4096, size - 4096}, {size / 2, 1}};
+  for (const auto& damage : damages) {
+    const Text path = Path("damaged");
+    std::filesystem::copy_file(path_, path);
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(damage.at);
+    file << Text(static_cast<std::size_t>(damage.count), '\x7e');
+    file.close();
+    Error error = OpenRefusal(path);
+    if (error.number == 0)
+      error = RefusalOn(*OpenEmbedded(path), "select * from t_FL_SchemeMode select * from vw_Unit");
+    for (const char* foreign : {"malformed", "disk image", "schema", "file format", "no such", "account_views"}) {
+      EXPECT_EQ(error.description.find(foreign), Text::npos) << damage.at << ": " << error.description;
+    }
+    if (error.number != 0) {
+      EXPECT_NE(error.description.find("is damaged"), Text::npos) << damage.at << ": " << error.description;
+    }
+    std::filesystem::remove(path);
+  }
+}
+
+TEST_F(EmbeddedOpening, FilesAreTheirOwnersAlone) {
+  Run("create table t_t (a int)");
+  for (const char* suffix : {"", "-wal", "-shm"}) {
+    EXPECT_EQ(std::filesystem::status(path_ + suffix).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
+        << suffix;
+  }
+}
+
+TEST_F(EmbeddedOpening, AnAccountInTheMakingStandsNowhereBeforeItIsWhole) {
+  {
+    AccountInMaking making(Path("new"));
+    making.connection().Execute("create table t_t (a int)");
+    EXPECT_FALSE(std::filesystem::exists(Path("new")));
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_), {}), 3) << "the account and its two files";
+  AccountInMaking making(Path("new"));
+  making.connection().Execute("create table t_t (a int)");
+  {
+    AccountInMaking late(Path("late"));
+    std::ofstream(Path("late")) << "mine";
+    EXPECT_THROW(late.Finish(), Error);
+  }
+  EXPECT_EQ(std::filesystem::file_size(Path("late")), 4u);
+  making.Finish();
+  EXPECT_EQ(RowsOn(*OpenEmbedded(Path("new")), "select count(*) from t_t"), "0");
 }
 
 TEST_F(EmbeddedOpening, CreatesOnlyWhereNothingStands) {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/automation/conversion.h"
-#include "platform/automation/local_date.h"
+#include "platform/values/calendar.h"
 #include "service/rebate_rule_mgr.h"
 #include "tests/scheme_kit.h"
 

@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "platform/database/odbc/odbc_account.h"
-#include "platform/database/odbc/wide_text.h"
+#include "platform/values/text.h"
 #include "tests/error_of.h"
 #include "tests/loopback.h"
 #include "tests/postgres_server.h"

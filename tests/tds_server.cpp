@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include "platform/database/odbc/wide_text.h"
+#include "platform/values/text.h"
 
 namespace rebate {
 namespace {

@@ -31,7 +31,7 @@ const std::filesystem::path& TemplateAccount() {
     std::filesystem::path path = folder / "template.db";
     Template() {
       const ConnectionRef connection = ConnectForSetup(SourceOf(path));
-      for (const std::string_view batch : Batches(AccountSchema())) connection->Execute(batch);
+      for (const ScriptBatch& batch : Batches(AccountSchema())) connection->Execute(batch.text);
     }
     ~Template() { std::filesystem::remove_all(folder); }
   };

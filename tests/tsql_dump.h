@@ -5,7 +5,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "platform/database/tsql/parser.h"
+#include "platform/database/tsql/parse/parser.h"
 
 // Trees as short prefix text, for tests: `(+ #0 a.FID)`. A literal is '#' and its position.
 namespace rebate::tsql {
@@ -61,7 +61,7 @@ class Dump {
       return Of(named->name) + (named->alias.empty() ? "" : " " + named->alias);
     }
     if (const auto* derived = std::get_if<DerivedTable>(&source.node)) {
-      return "{" + Of(*derived->select) + "} " + derived->alias;
+      return "{" + Of(*derived->select) + "} " + derived->alias + NamesIfAny(derived->columns);
     }
     static constexpr std::string_view kNames[] = {"inner", "left", "right", "full", "cross"};
     const Join& join = std::get<Join>(source.node);
@@ -106,10 +106,18 @@ class Dump {
                             : node.keyword.value_or("")) +
            List(node.arguments) + ")";
   }
+  static Text TypeOf(const DataType& type) {
+    static constexpr std::string_view kNames[] = {
+        "bit",  "tinyint", "smallint", "int",   "bigint",   "decimal",  "money",         "smallmoney", "float",
+        "real", "char",    "varchar",  "nchar", "nvarchar", "datetime", "smalldatetime", "date",       "datetime2"};
+    Text text(kNames[static_cast<int>(type.kind)]);
+    if (type.length != 0) text += "(" + std::to_string(type.length) + ")";
+    if (type.kind == TypeKind::Decimal) text += std::to_string(type.precision) + "." + std::to_string(type.scale);
+    return type.kind == TypeKind::DateTime2 ? text + "." + std::to_string(type.scale) : text;
+  }
   static Text Node(const Cast& node) {
-    const Text type = std::to_string(static_cast<int>(node.type.kind)) + "/" + std::to_string(node.type.length) + "/" +
-                      std::to_string(node.type.precision) + "/" + std::to_string(node.type.scale);
-    return (node.convert ? "(convert " : "(cast ") + Of(node.operand) + " " + type + Clause("style", node.style) + ")";
+    return Text(node.tolerant ? "(try-" : "(") + (node.convert ? "convert " : "cast ") + Of(node.operand) + " " +
+           TypeOf(node.type) + Clause("style", node.style) + ")";
   }
   static Text Node(const Case& node) {
     Text text = "(case" + Clause("of", node.operand);
@@ -147,45 +155,66 @@ class Dump {
     for (const Text& name : names) text += (text.empty() ? "" : ",") + name;
     return "(" + text + ")";
   }
-  static Text Node(const SelectStatement& node) { return Of(*node.select); }
+  static Text NamesIfAny(const std::vector<Text>& names) { return names.empty() ? Text() : Names(names); }
+  static Text With(const CommonTables& tables) {
+    Text text;
+    for (const CommonTable& table : tables) {
+      text += "with " + table.name + NamesIfAny(table.columns) + "{" + Of(*table.select) + "} ";
+    }
+    return text;
+  }
+  static Text TopOf(const Top& top) {
+    return top.count == nullptr ? Text() : "top:" + Of(top.count) + (top.percent ? "% " : " ");
+  }
+  static Text Node(const SelectStatement& node) { return With(node.with) + Of(*node.select); }
   static Text Node(const Insert& node) {
-    Text text = "insert " + Of(node.table) + Names(node.columns);
+    Text text = With(node.with) + "insert " + TopOf(node.top) + Of(node.table) + Names(node.columns);
     for (const auto& row : node.rows) text += " row:" + List(row);
     if (node.select != nullptr) text += " " + Of(*node.select);
     return text + (node.default_values ? " default" : "");
   }
   static Text Node(const Update& node) {
-    Text text = "update " + Of(node.target);
+    Text text = With(node.with) + "update " + TopOf(node.top) + Of(node.target);
     for (const Assignment& set : node.assignments) {
-      text +=
-          " " + set.variable + (set.qualifier.empty() ? "" : set.qualifier + ".") + set.column + ":=" + Of(set.value);
+      text += " " + set.variable + (set.variable.empty() || set.column.empty() ? "" : "=") +
+              (set.qualifier.empty() ? "" : set.qualifier + ".") + set.column + ":=" + Of(set.value);
     }
     return text + From(node.from) + Clause("where", node.where);
   }
   static Text Node(const Delete& node) {
-    return "delete " + Of(node.target) + From(node.from) + Clause("where", node.where);
+    return With(node.with) + "delete " + TopOf(node.top) + Of(node.target) + From(node.from) +
+           Clause("where", node.where);
   }
   static Text Node(const Truncate& node) { return "truncate " + Of(node.table); }
-  static Text Node(const CreateTable& node) {
-    Text text = "table " + Of(node.table);
-    for (const ColumnDefinition& column : node.columns) {
-      text +=
-          " " + column.name + ":" + std::to_string(static_cast<int>(column.type.kind)) + (column.nullable ? "?" : "!");
-      if (column.identity) {
-        text += "identity" + std::to_string(column.identity_seed) + "/" + std::to_string(column.identity_step);
-      }
-      text += Text(column.primary_key ? "primary" : "") + (column.unique ? "unique" : "");
-      if (column.default_value != nullptr) text += "=" + Of(column.default_value);
-      if (column.computed != nullptr) text += "as" + Of(column.computed);
+  static Text Of(const ColumnDefinition& column) {
+    Text text = " " + column.name + ":" + (column.computed == nullptr ? TypeOf(column.type) : "") +
+                (column.nullable ? "?" : "!");
+    if (column.identity) {
+      text += "identity" + std::to_string(column.identity_seed) + "/" + std::to_string(column.identity_step);
     }
-    for (const KeyConstraint& key : node.keys) text += (key.primary ? " primary" : " unique") + Names(key.columns);
+    if (column.default_value != nullptr) text += "=" + Of(column.default_value);
+    return column.computed == nullptr ? text : text + "as" + Of(column.computed);
+  }
+  static Text Of(const TableElements& elements) {
+    Text text;
+    for (const ColumnDefinition& column : elements.columns) text += Of(column);
+    for (const KeyConstraint& key : elements.keys) {
+      text += (key.primary ? " primary" : " unique") + (key.name.empty() ? "" : ":" + key.name) + Names(key.columns);
+    }
+    for (const CheckConstraint& check : elements.checks) {
+      text += " check" + (check.name.empty() ? "" : ":" + check.name) +
+              (check.column.empty() ? "" : "@" + check.column) + Of(check.condition);
+    }
     return text;
   }
+  static Text Node(const CreateTable& node) { return "table " + Of(node.table) + Of(node.elements); }
+  static Text Node(const AlterTableAdd& node) { return "alter " + Of(node.table) + Of(node.elements); }
   static Text Node(const CreateIndex& node) {
     return (node.unique ? "unique-index " : "index ") + node.name + " " + Of(node.table) + Names(node.columns);
   }
   static Text Node(const CreateView& node) {
-    return "view " + Of(node.view) + Names(node.columns) + " " + Of(*node.select) + " <" + node.source + ">";
+    return "view " + Of(node.view) + Names(node.columns) + " " + With(node.with) + Of(*node.select) + " <" +
+           node.source + ">";
   }
   static Text Node(const Drop& node) {
     static constexpr std::string_view kNames[] = {"table", "view", "index"};
@@ -199,17 +228,22 @@ class Dump {
   }
   static Text Node(const While& node) { return "while " + Of(node.condition) + " " + Of(node.body); }
   static Text Node(const Declare& node) {
-    return "declare " + node.variable + ":" + std::to_string(static_cast<int>(node.type.kind)) +
-           (node.value == nullptr ? "" : "=" + Of(node.value));
+    return "declare " + node.variable + ":" + TypeOf(node.type) + (node.value == nullptr ? "" : "=" + Of(node.value));
   }
   static Text Node(const SetVariable& node) { return "set " + node.variable + ":=" + Of(node.value); }
   static Text Node(const SetOption& node) {
     return "option " + node.option + (node.table.name.empty() ? "" : " " + Of(node.table)) + (node.on ? " on" : " off");
   }
   static Text Node(const Print& node) { return "print " + Of(node.message); }
-  static Text Node(const BeginTransaction&) { return "begin"; }
+  static Text Node(const RaiseError& node) {
+    return "raise " + Of(node.message) + " " + Of(node.severity) + " " + Of(node.state) + List(node.arguments);
+  }
+  static Text Node(const Throw& node) {
+    return "throw " + Of(node.number) + " " + Of(node.message) + " " + Of(node.state);
+  }
+  static Text Node(const BeginTransaction& node) { return "begin" + (node.name.empty() ? "" : " " + node.name); }
   static Text Node(const CommitTransaction&) { return "commit"; }
-  static Text Node(const RollbackTransaction&) { return "rollback"; }
+  static Text Node(const RollbackTransaction& node) { return "rollback" + (node.name.empty() ? "" : " " + node.name); }
   static Text Node(const Jump& node) { return node.kind == LoopJump::Break ? "break" : "continue"; }
   static Text Node(const Return&) { return "return"; }
 };

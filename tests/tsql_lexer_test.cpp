@@ -4,20 +4,20 @@
 #include <vector>
 
 #include "platform/automation/error.h"
-#include "platform/database/tsql/lexer.h"
+#include "platform/database/tsql/parse/lexer.h"
 
 namespace rebate::tsql {
 namespace {
 
-Shape ShapeOf(std::string_view batch) {
-  Shape shape;
-  ReadShape(batch, shape);
-  return shape;
+BatchTemplate TemplateOf(std::string_view batch) {
+  BatchTemplate batch_template;
+  ReadTemplate(batch, batch_template);
+  return batch_template;
 }
 
 Text ErrorOf(std::string_view batch) {
   try {
-    ShapeOf(batch);
+    TemplateOf(batch);
   } catch (const Error& error) {
     EXPECT_EQ(error.number, database_error::kStatement);
     return error.description;
@@ -28,7 +28,7 @@ Text ErrorOf(std::string_view batch) {
 // The literals of a text as `kind:value`, kinds being I(nteger), D(ecimal), F(loat), S(tring), N(ational string).
 std::vector<Text> LiteralsOf(std::string_view batch) {
   std::vector<Text> all;
-  for (const LiteralToken& literal : ShapeOf(batch).literals) {
+  for (const LiteralToken& literal : TemplateOf(batch).literals) {
     all.push_back(Text(1, "IDFSN"[static_cast<int>(literal.kind)]) + ":" + LiteralText(literal));
   }
   return all;
@@ -61,7 +61,7 @@ TEST(Lexer, ReadsNamesAndSymbols) {
                                       "!=", "#t", "返利", ">=", "1", ""}));
 }
 
-TEST(Lexer, GivesOneShapeToTextsThatDifferInLiteralsAndWhiteSpaceAlone) {
+TEST(Lexer, GivesOneTemplateToTextsThatDifferInLiteralsAndWhiteSpaceAlone) {
   const std::string_view same[][2] = {
       {"select * from t where a=1", "select\t*\r\nfrom t -- why\n where a = 22"},
       {"insert into t(a,b) values(1,'x')", "insert into t (a, b)\r\nvalues (2 , 'it''s')"},
@@ -70,10 +70,10 @@ TEST(Lexer, GivesOneShapeToTextsThatDifferInLiteralsAndWhiteSpaceAlone) {
       {"a<>1", "a <> 1"},
       {"select 1", "\xEF\xBB\xBFselect 1"},  // a file's byte order mark
   };
-  for (const auto& [left, right] : same) EXPECT_EQ(ShapeOf(left).key, ShapeOf(right).key) << left;
+  for (const auto& [left, right] : same) EXPECT_EQ(TemplateOf(left).key, TemplateOf(right).key) << left;
 }
 
-TEST(Lexer, GivesShapesOfTheirOwnToTextsThatMeanSomethingElse) {
+TEST(Lexer, GivesTemplatesOfTheirOwnToTextsThatMeanSomethingElse) {
   const std::string_view different[][2] = {
       {"select a1", "select a 1"},                 // a name, or a name and a number
       {"a=1", "a=1.0"},                            // the kinds of literals
@@ -86,35 +86,35 @@ TEST(Lexer, GivesShapesOfTheirOwnToTextsThatMeanSomethingElse) {
       {"a b", "ab"},                               //
       {"a/**/b", "ab"},                            //
   };
-  for (const auto& [left, right] : different) EXPECT_NE(ShapeOf(left).key, ShapeOf(right).key) << left;
+  for (const auto& [left, right] : different) EXPECT_NE(TemplateOf(left).key, TemplateOf(right).key) << left;
 }
 
-// A cached program finds its parameters by the shape, and was made from the tokens.
+// A cached program finds its parameters by the template, and was made from the tokens.
 TEST(Lexer, AgreesWithTheTokensOnEveryLiteral) {
   const std::string_view batch =
       "insert into t(a,b,[c 1]) values(1,-2.5,N'x''y') --3\n select 1e3 as \"4\",'五'+f.a /*6*/ where a=.5 and b "
       "in(7,8)";
-  const Shape shape = ShapeOf(batch);
+  const BatchTemplate batch_template = TemplateOf(batch);
   std::vector<Token> literals;
   for (const Token& token : Tokenize(batch)) {
     if (token.kind == TokenKind::Literal) literals.push_back(token);
   }
-  ASSERT_EQ(literals.size(), shape.literals.size());
+  ASSERT_EQ(literals.size(), batch_template.literals.size());
   for (std::size_t i = 0; i < literals.size(); ++i) {
     EXPECT_EQ(literals[i].literal, i);
-    EXPECT_EQ(literals[i].literal_kind, shape.literals[i].kind);
-    EXPECT_EQ(literals[i].text, shape.literals[i].text);
+    EXPECT_EQ(literals[i].literal_kind, batch_template.literals[i].kind);
+    EXPECT_EQ(literals[i].text, batch_template.literals[i].text);
   }
 }
 
-TEST(Lexer, UsesTheMemoryOfAShapeAgain) {
-  Shape shape;
-  ReadShape("select a,b,c from t where d in (1,2,3)", shape);
-  const char* key = shape.key.data();
-  ReadShape("select 'x'", shape);
-  EXPECT_EQ(shape.key.data(), key);
-  EXPECT_EQ(shape.literals.size(), 1u);
-  EXPECT_EQ(shape.key, ShapeOf("select 'y'").key);
+TEST(Lexer, UsesTheMemoryOfATemplateAgain) {
+  BatchTemplate batch_template;
+  ReadTemplate("select a,b,c from t where d in (1,2,3)", batch_template);
+  const char* key = batch_template.key.data();
+  ReadTemplate("select 'x'", batch_template);
+  EXPECT_EQ(batch_template.key.data(), key);
+  EXPECT_EQ(batch_template.literals.size(), 1u);
+  EXPECT_EQ(batch_template.key, TemplateOf("select 'y'").key);
 }
 
 TEST(Lexer, RefusesWhatCantStandInABatch) {
@@ -125,6 +125,7 @@ TEST(Lexer, RefusesWhatCantStandInABatch) {
       {"select \"abc", "Unclosed quotation mark after the character string 'abc'."},
       {"select 1 /* /* */", "Missing end comment mark '*/'."},
       {"select ?", "Incorrect syntax near '?'."},
+      {"select $12.5", "Incorrect syntax near '$'."},
       {"select 0x1F", "'0X1F' is not supported by an embedded account."},
   };
   for (const auto& [batch, description] : cases) EXPECT_EQ(ErrorOf(batch), description);

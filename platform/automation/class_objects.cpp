@@ -4,7 +4,8 @@
 #include <mutex>
 #include <utility>
 
-#include "platform/automation/conversion.h"
+#include "platform/automation/error.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 namespace {
@@ -19,28 +20,22 @@ Registry& TheRegistry() {
   return registry;
 }
 
-Text Folded(std::string_view program_id) {
-  Text folded(program_id);
-  for (char& c : folded) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  return folded;
-}
-
 }  // namespace
 
 void RegisterClass(std::string_view program_id, ClassFactory factory) {
   Registry& registry = TheRegistry();
   const std::lock_guard lock(registry.mutex);
   if (factory) {
-    registry.factories[Folded(program_id)] = std::move(factory);
+    registry.factories[AsciiLower(program_id)] = std::move(factory);
   } else {
-    registry.factories.erase(Folded(program_id));
+    registry.factories.erase(AsciiLower(program_id));
   }
 }
 
 bool IsClassRegistered(std::string_view program_id) {
   Registry& registry = TheRegistry();
   const std::lock_guard lock(registry.mutex);
-  return registry.factories.contains(Folded(program_id));
+  return registry.factories.contains(AsciiLower(program_id));
 }
 
 ObjectRef CreateObject(std::string_view program_id) {
@@ -48,7 +43,7 @@ ObjectRef CreateObject(std::string_view program_id) {
   {
     Registry& registry = TheRegistry();
     const std::lock_guard lock(registry.mutex);
-    const auto found = registry.factories.find(Folded(program_id));
+    const auto found = registry.factories.find(AsciiLower(program_id));
     if (found != registry.factories.end()) factory = found->second;
   }
   if (!factory) {

@@ -1,25 +1,15 @@
 #include "platform/automation/conversion.h"
 
-#include <array>
 #include <charconv>
-#include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 namespace rebate {
 namespace {
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string_view TrimWhite(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
@@ -40,7 +30,7 @@ double ReadDouble(std::string_view digits) {
 
 // &H1F and &O17: 16-bit values above &H7FFF are negative, as are 32-bit ones above &H7FFFFFFF.
 std::optional<double> ParsePrefixed(std::string_view text) {
-  const char kind = text.size() > 1 ? Lower(text[1]) : '\0';
+  const char kind = text.size() > 1 ? AsciiLower(text[1]) : '\0';
   const int base = kind == 'h' ? 16 : kind == 'o' ? 8 : 0;
   if (base == 0) return std::nullopt;
   text.remove_prefix(2);
@@ -68,7 +58,7 @@ std::size_t NumberLength(std::string_view text, bool commas) {
     }
   }
   if (!digits) return 0;
-  if (at < text.size() && (Lower(text[at]) == 'e' || Lower(text[at]) == 'd')) {
+  if (at < text.size() && (AsciiLower(text[at]) == 'e' || AsciiLower(text[at]) == 'd')) {
     std::size_t exponent = at + 1;
     if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-')) ++exponent;
     if (exponent < text.size() && IsDigit(text[exponent])) {
@@ -84,7 +74,7 @@ double ReadUnsigned(std::string_view number) {
   plain.reserve(number.size());
   for (const char c : number) {
     if (c == ',') continue;
-    plain += Lower(c) == 'd' ? 'e' : c;
+    plain += AsciiLower(c) == 'd' ? 'e' : c;
     if (plain.ends_with("e+")) plain.pop_back();
   }
   return ReadDouble(plain);
@@ -96,21 +86,6 @@ Long RoundToLong(double value) {
     throw Error(error_number::kOverflow, "", "Overflow");
   }
   return static_cast<Long>(rounded);
-}
-
-Text CurrencyText(std::int64_t ten_thousandths) {
-  const bool negative = ten_thousandths < 0;
-  const std::uint64_t magnitude =
-      negative ? 0 - static_cast<std::uint64_t>(ten_thousandths) : static_cast<std::uint64_t>(ten_thousandths);
-  Text text(negative ? "-" : "");
-  text += std::to_string(magnitude / 10000);
-  if (const std::uint64_t rest = magnitude % 10000; rest != 0) {
-    Text fraction = std::to_string(10000 + rest).substr(1);
-    fraction.erase(fraction.find_last_not_of('0') + 1);
-    text += '.';
-    text += fraction;
-  }
-  return text;
 }
 
 [[noreturn]] void ThrowInvalidNull() {
@@ -125,36 +100,6 @@ double TextToDouble(std::string_view text) {
 
 }  // namespace
 
-Text NumberText(double number) {
-  std::array<char, 40> buffer;
-  const auto end =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific, 14);
-  const std::string_view scientific(buffer.data(), static_cast<std::size_t>(end.ptr - buffer.data()));
-  const std::size_t e = scientific.find('e');
-  if (e == std::string_view::npos) return Text(scientific);  // inf, nan
-  Text digits;
-  for (const char c : scientific.substr(0, e)) {
-    if (IsDigit(c)) digits += c;
-  }
-  digits.erase(digits.find_last_not_of('0') + 1);
-  if (digits.empty()) return "0";
-  int exponent = 0;
-  const char* first = scientific.data() + e + 1;
-  std::from_chars(*first == '+' ? first + 1 : first, scientific.data() + scientific.size(), exponent);
-  const Text sign = number < 0 ? "-" : "";
-  const int length = static_cast<int>(digits.size());
-  if (exponent >= 15 || exponent < -15) {
-    Text text = sign + digits.substr(0, 1);
-    if (length > 1) text.append(".").append(digits, 1);
-    const Text magnitude = std::to_string(std::abs(exponent));
-    return text + (exponent < 0 ? "E-" : "E+") + (magnitude.size() < 2 ? "0" : "") + magnitude;
-  }
-  if (exponent < 0) return sign + "0." + Text(static_cast<std::size_t>(-exponent - 1), '0') + digits;
-  if (length <= exponent + 1) return sign + digits + Text(static_cast<std::size_t>(exponent + 1 - length), '0');
-  const auto whole = static_cast<std::size_t>(exponent + 1);
-  return sign + digits.substr(0, whole) + "." + digits.substr(whole);
-}
-
 Text ToText(const Variant& value) {
   switch (value.type()) {
     case VariantType::Empty:
@@ -164,11 +109,8 @@ Text ToText(const Variant& value) {
     case VariantType::Short:
     case VariantType::Long:
       return std::to_string(value.integer());
-    case VariantType::Single: {
-      std::array<char, 32> buffer;  // 7 digits are what a 32-bit float holds
-      std::snprintf(buffer.data(), buffer.size(), "%.7g", value.real());
-      return NumberText(std::strtod(buffer.data(), nullptr));
-    }
+    case VariantType::Single:
+      return NumberText(value.real(), 7);
     case VariantType::Double:
       return NumberText(value.real());
     case VariantType::Currency:
@@ -308,125 +250,6 @@ bool IsNumeric(const Variant& value) {
       break;
   }
   return false;
-}
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::vector<Text> Split(std::string_view text, char separator) {
-  std::vector<Text> parts;
-  if (text.empty()) return parts;
-  std::size_t start = 0;
-  for (std::size_t at = text.find(separator); at != std::string_view::npos; at = text.find(separator, start)) {
-    parts.emplace_back(text.substr(start, at - start));
-    start = at + 1;
-  }
-  parts.emplace_back(text.substr(start));
-  return parts;
-}
-
-Text Replace(std::string_view text, std::string_view from, std::string_view to) {
-  Text result;
-  result.reserve(text.size());
-  std::size_t start = 0;
-  for (std::size_t at = text.find(from); at != std::string_view::npos; at = text.find(from, start)) {
-    result.append(text, start, at - start).append(to);
-    start = at + from.size();
-  }
-  return result.append(text, start);
-}
-
-bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
-  if (left.size() != right.size()) return false;
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    if (Lower(left[i]) != Lower(right[i])) return false;
-  }
-  return true;
-}
-
-namespace {
-
-constexpr std::chrono::sys_days kDayZero{std::chrono::year{1899} / 12 / 30};
-
-std::optional<int> ReadDigits(std::string_view& text, std::size_t at_most) {
-  int value = 0;
-  std::size_t count = 0;
-  while (count < at_most && count < text.size() && IsDigit(text[count])) value = value * 10 + (text[count++] - '0');
-  if (count == 0) return std::nullopt;
-  text.remove_prefix(count);
-  return value;
-}
-
-bool Skip(std::string_view& text, char c) {
-  if (!text.starts_with(c)) return false;
-  text.remove_prefix(1);
-  return true;
-}
-
-// hh:mm, :ss, .fff as a fraction of a day.
-std::optional<double> ParseTime(std::string_view text) {
-  const std::optional<int> hour = ReadDigits(text, 2);
-  if (!hour || *hour > 23 || !Skip(text, ':')) return std::nullopt;
-  const std::optional<int> minute = ReadDigits(text, 2);
-  if (!minute || *minute > 59) return std::nullopt;
-  double seconds = 0;
-  if (Skip(text, ':')) {
-    const std::optional<int> second = ReadDigits(text, 2);
-    if (!second || *second > 59) return std::nullopt;
-    seconds = *second;
-    if (Skip(text, '.')) {
-      const std::size_t before = text.size();
-      const std::optional<int> fraction = ReadDigits(text, 7);
-      if (!fraction) return std::nullopt;
-      seconds += *fraction / std::pow(10.0, static_cast<double>(before - text.size()));
-    }
-  }
-  if (!text.empty()) return std::nullopt;
-  return (*hour * 3600 + *minute * 60 + seconds) / 86400;
-}
-
-}  // namespace
-
-Text DateText(double days) {
-  const double whole = std::floor(days);
-  // Before day zero the time still counts forward from midnight: -1.25 is 06:00 of the day before.
-  const double fraction = days >= 0 ? days - whole : std::ceil(days) - days;
-  auto day = static_cast<int>(days >= 0 ? whole : std::ceil(days));
-  auto seconds = static_cast<int>(std::lround(fraction * 86400));
-  if (seconds == 86400) {
-    seconds = 0;
-    ++day;
-  }
-  const std::chrono::year_month_day date(kDayZero + std::chrono::days(day));
-  std::array<char, 40> buffer;
-  int length = std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02u", static_cast<int>(date.year()),
-                             static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
-  if (seconds != 0) {
-    length += std::snprintf(buffer.data() + length, buffer.size() - static_cast<std::size_t>(length), " %02d:%02d:%02d",
-                            seconds / 3600, seconds / 60 % 60, seconds % 60);
-  }
-  return Text(buffer.data(), static_cast<std::size_t>(length));
-}
-
-std::optional<double> ParseDate(std::string_view text) {
-  const std::optional<int> year = ReadDigits(text, 4);
-  if (!year || !Skip(text, '-')) return std::nullopt;
-  const std::optional<int> month = ReadDigits(text, 2);
-  if (!month || !Skip(text, '-')) return std::nullopt;
-  const std::optional<int> day = ReadDigits(text, 2);
-  if (!day) return std::nullopt;
-  const std::chrono::year_month_day date(std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
-                                         std::chrono::day(static_cast<unsigned>(*day)));
-  if (!date.ok()) return std::nullopt;
-  const auto days = static_cast<double>((std::chrono::sys_days(date) - kDayZero).count());
-  if (text.empty()) return days;
-  if (!Skip(text, ' ') && !Skip(text, 'T')) return std::nullopt;
-  const std::optional<double> time = ParseTime(text);
-  if (!time) return std::nullopt;
-  return days >= 0 ? days + *time : days - *time;
 }
 
 }  // namespace rebate

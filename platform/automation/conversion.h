@@ -4,6 +4,9 @@
 #include <string_view>
 
 #include "platform/automation/variant.h"
+#include "platform/values/ascii.h"
+#include "platform/values/calendar.h"
+#include "platform/values/number_text.h"
 
 namespace rebate {
 
@@ -35,26 +38,5 @@ double LeadingNumber(std::string_view text);
 
 // The general numeric test: whether the value converts to a number.
 bool IsNumeric(const Variant& value);
-
-// A float as decimal text, up to 15 significant digits, no trailing zeros.
-Text NumberText(double number);
-
-// `text` without leading and trailing blanks (the blank alone, no other white space).
-std::string_view Trim(std::string_view text);
-
-// The parts of `text` between `separator`s, the empty ones too; an empty text has no part.
-std::vector<Text> Split(std::string_view text, char separator);
-
-// Every `from` in `text` replaced by `to`.
-Text Replace(std::string_view text, std::string_view from, std::string_view to);
-
-// Equality without regard to the case of the letters A to Z.
-bool EqualsIgnoreCase(std::string_view left, std::string_view right);
-
-// The date as `yyyy-mm-dd`, with ` hh:mm:ss` where it isn't midnight.
-Text DateText(double days);
-
-// `yyyy-mm-dd`, optionally followed by a blank or T and `hh:mm`, `:ss`, `.fff`; nothing for any other text.
-std::optional<double> ParseDate(std::string_view text);
 
 }  // namespace rebate

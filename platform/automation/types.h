@@ -1,11 +1,3 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
-namespace rebate {
-
-using Text = std::string;   // UTF-8
-using Long = std::int32_t;  // the automation world's integer
-
-}  // namespace rebate
+#include "platform/values/types.h"

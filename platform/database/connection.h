@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "platform/database/recordset.h"
 
@@ -17,6 +18,11 @@ class Connection : public RefCounted {
   // the null reference where no statement gave one. Raises the error of the first statement that is refused; a batch
   // that doesn't parse runs nothing.
   virtual RecordsetRef Execute(std::string_view text) = 0;
+
+  // What the last text said beside its rows, in the order in which it did: the lines of `print`, and of `raiserror` up
+  // to severity 10. One that was refused halfway has said what came before. They are handed out once; a connection that
+  // can't tell them has none.
+  virtual std::vector<Text> TakeMessages() { return {}; }
 
   // Readies a unit of work; one that is open is undone first. Takes no lock.
   virtual void BeginWork() = 0;

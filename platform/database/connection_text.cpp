@@ -4,8 +4,8 @@
 #include <array>
 #include <optional>
 
-#include "platform/automation/conversion.h"
 #include "platform/automation/error.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 namespace {
@@ -72,11 +72,8 @@ Value ReadValue(std::string_view text, std::size_t start) {
 
 bool IsSecret(std::string_view key) {
   constexpr std::array<std::string_view, 3> kSecrets = {"pwd", "password", "secret"};
-  Text lower(key);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
   return std::any_of(kSecrets.begin(), kSecrets.end(),
-                     [&](std::string_view secret) { return lower.find(secret) != Text::npos; });
+                     [&](std::string_view secret) { return ContainsIgnoreCase(key, secret); });
 }
 
 // Where a secret that starts at `start` surely has ended. A part without `=` behind it may belong to a password that

@@ -37,6 +37,8 @@ class CallConnection : public Connection {
     }
   }
 
+  std::vector<Text> TakeMessages() override { return Live().TakeMessages(); }
+
   void BeginWork() override {
     Guard([&] { Live().BeginWork(); });
     in_unit_ = true;

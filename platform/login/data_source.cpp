@@ -112,4 +112,22 @@ ConnectionRef ConnectForSetup(const DataSource& source) {
   return connection;
 }
 
+AccountSetup::AccountSetup(const DataSource& source) {
+  if (source.embedded) {
+    embedded_ = std::make_unique<AccountInMaking>(source.path);
+  } else {
+    server_ = ConnectForSetup(source);
+  }
+}
+
+AccountSetup::~AccountSetup() = default;
+
+Connection& AccountSetup::connection() {
+  return embedded_ ? embedded_->connection() : *server_;
+}
+
+void AccountSetup::Finish() {
+  if (embedded_) embedded_->Finish();
+}
+
 }  // namespace rebate

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string_view>
 
 #include "platform/automation/types.h"
@@ -27,5 +28,27 @@ ConnectionRef Connect(const DataSource& source);
 // Makes a new embedded account file, empty of tables, and opens it, or opens an empty server database; refuses,
 // touching nothing, where something stands there already.
 ConnectionRef ConnectForSetup(const DataSource& source);
+
+class AccountInMaking;
+
+// A new account from its making to its last table. What ends the process half way leaves nothing that is an account at
+// the path of an embedded one; on a server, what its transactions left.
+class AccountSetup {
+ public:
+  // Raises what ConnectForSetup raises.
+  explicit AccountSetup(const DataSource& source);
+  AccountSetup(const AccountSetup&) = delete;
+  AccountSetup& operator=(const AccountSetup&) = delete;
+  // Removes an embedded account that wasn't finished.
+  ~AccountSetup();
+
+  Connection& connection();
+  // The account is whole: it stands at its place from then on.
+  void Finish();
+
+ private:
+  std::unique_ptr<AccountInMaking> embedded_;
+  ConnectionRef server_;
+};
 
 }  // namespace rebate

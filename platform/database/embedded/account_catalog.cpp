@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
-#include "platform/automation/conversion.h"
+#include "platform/database/embedded/constraint_error.h"
+#include "platform/database/embedded/system_tables.h"
+#include "platform/database/embedded/table_reader.h"
+#include "platform/database/tsql/bind/bind_statement.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 namespace {
@@ -17,7 +21,7 @@ using tsql::TablePtr;
 }
 
 bool IsInternal(std::string_view key) {
-  return key.starts_with("sqlite_") || key == kViewTable;
+  return key.starts_with("sqlite_") || key == kViewTable || key == tsql::kCounterTable;
 }
 
 bool IsTemporary(const ObjectName& name) {
@@ -31,43 +35,10 @@ bool Reaches(const ObjectName& name) {
   return owner && database;
 }
 
-Text Statement(sqlite3_stmt* statement, int column) {
-  return Text(ColumnText(statement, column));
-}
-
-std::uint64_t SignatureOf(const TableInfo& table) {
-  Text text;
-  for (const tsql::ColumnInfo& column : table.columns) {
-    text += column.name + '|' + Declaration(column.type) + (column.nullable ? "|n" : "|") +
-            (column.identity ? "i" : "") + (column.computed ? "c" : "") + column.alias_of + '\n';
-  }
-  if (table.view) {
-    text = table.view->source;
-    for (const Text& column : table.view->columns) text += '\n' + column;
-  }
-  return std::hash<Text>()(text) | 1;
-}
-
-// The column that a computed one repeats under a second name, by the statement that made the table.
-Text AliasOf(std::string_view definition, const tsql::ColumnInfo& column) {
-  Text head = tsql::SqlName(column.name) + ' ' + Declaration(column.type);
-  if (IsText(column.type.kind)) head += " COLLATE " + Text(tsql::kCollation);
-  head += " GENERATED ALWAYS AS (\"";
-  const std::size_t at = definition.find(head);
-  if (at == std::string_view::npos) return {};
-  definition.remove_prefix(at + head.size());
-  const std::size_t end = std::min(definition.find('"'), definition.size());
-  return definition.substr(end).starts_with("\") VIRTUAL") ? Text(definition.substr(0, end)) : Text();
-}
-
 Text JoinLines(const std::vector<Text>& lines) {
   Text joined;
   for (const Text& line : lines) joined += line + '\n';
   return joined;
-}
-
-std::vector<Text> SplitLines(const Text& text) {
-  return text.empty() ? std::vector<Text>() : Split(text, '\n');
 }
 
 Text WithoutBrackets(std::string_view part) {
@@ -85,23 +56,73 @@ void RefuseExisting(const ObjectName& name) {
          "', because it does not exist or you do not have permission.");
 }
 
+void CheckName(const ObjectName& name) {
+  if (Reaches(name)) return;
+  Refuse("The specified schema name \"" + name.owner +
+         "\" either does not exist or you do not have permission to use it.");
+}
+
 }  // namespace
 
+AccountCatalog::AccountCatalog(sqlite3* database, Text path) : database_(database), path_(std::move(path)) {
+  sqlite3_create_function_v2(database_, Text(tsql::kNextIdentity).c_str(), 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, this,
+                             GiveNextIdentity, nullptr, nullptr, nullptr);
+  RegisterSystemTables(database_, *this);
+}
+
+// ---- finding ----
+
 TablePtr AccountCatalog::Find(const ObjectName& name) {
-  if (!Reaches(name)) return nullptr;
-  if (!IsTemporary(name)) return FindPermanent(name.name);
-  const auto found = temporary_.find(LowerKey(name.name));
-  return found != temporary_.end() && found->second.present ? found->second.table : nullptr;
+  if (Reaches(name)) {
+    if (!IsTemporary(name)) {
+      TablePtr table = FindPermanent(name.name);
+      return table ? table : FindSystemTable(name);
+    }
+    const auto found = temporary_.find(LowerKey(name.name));
+    return found != temporary_.end() && found->second.present ? found->second.table : nullptr;
+  }
+  return FindSystemTable(name);
 }
 
 TablePtr AccountCatalog::FindPermanent(const Text& name) {
   const Text key = LowerKey(name);
   if (IsInternal(key)) return nullptr;
   if (const auto found = permanent_.find(key); found != permanent_.end()) return found->second;
-  TablePtr table = LoadTable(name, false);
+  TablePtr table = ReadTable(database_, path_, name);
   if (!table) table = LoadView(name);
   if (table) permanent_.emplace(key, table);
   return table;
+}
+
+TablePtr AccountCatalog::LoadView(const Text& name) {
+  RowQuery rows(database_, path_,
+                "SELECT name, columns, source FROM main." + Text(kViewTable) + " WHERE name=?1 COLLATE NOCASE", name);
+  if (!rows.Next()) return nullptr;
+  auto view = std::make_shared<TableInfo>();
+  view->name = rows.TextAt(0);
+  view->view = tsql::ParseView(rows.TextAt(2), Split(rows.TextAt(1), '\n'));
+  view->signature = SignatureOf(*view);
+  return view;
+}
+
+std::vector<TablePtr> AccountCatalog::Objects() {
+  std::vector<Text> names;
+  RowQuery rows(database_, path_,
+                "SELECT name FROM main.sqlite_schema WHERE type='table' UNION ALL SELECT name FROM main." +
+                    Text(kViewTable) + " ORDER BY 1 COLLATE NOCASE");
+  while (rows.Next()) names.push_back(rows.TextAt(0));
+  std::vector<TablePtr> objects;
+  for (const Text& name : names) {
+    if (TablePtr object = FindPermanent(name)) objects.push_back(std::move(object));
+  }
+  return objects;
+}
+
+std::int64_t AccountCatalog::IdOf(std::string_view object) {
+  // The same on every machine: a program may have kept it.
+  std::uint32_t hash = 2166136261u;
+  for (const char c : LowerKey(object)) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+  return static_cast<std::int64_t>((hash & 0x3FFFFFFFu) | 1u);
 }
 
 std::optional<std::int64_t> AccountCatalog::ObjectId(std::string_view name) {
@@ -111,57 +132,37 @@ std::optional<std::int64_t> AccountCatalog::ObjectId(std::string_view name) {
   object.name = WithoutBrackets(parts.back());
   if (parts.size() > 1) object.owner = WithoutBrackets(parts[parts.size() - 2]);
   if (parts.size() > 2) object.database = WithoutBrackets(parts.front());
-  if (!Find(object)) return std::nullopt;
-  return static_cast<std::int64_t>((std::hash<Text>()(LowerKey(object.name)) & 0x3FFFFFFF) | 1);
+  if (Find(object)) return IdOf(object.name);
+  if (!Reaches(object) || IsTemporary(object)) return std::nullopt;
+  return HasConstraint(object.name) ? std::optional(IdOf(object.name)) : std::nullopt;
 }
 
-TablePtr AccountCatalog::LoadTable(const Text& name, bool temporary) {
-  const Text schema = temporary ? "tempdb" : "main";
-  const StatementHandle query = Prepare(
-      database_, "SELECT name, sql FROM " + schema + ".sqlite_schema WHERE type='table' AND name=?1 COLLATE NOCASE",
-      path_);
-  Bind(query.get(), 1, tsql::Value::Of(std::string_view(name)));
-  if (sqlite3_step(query.get()) != SQLITE_ROW) return nullptr;
-  auto table = std::make_shared<TableInfo>();
-  table->name = Statement(query.get(), 0);
-  table->temporary = temporary;
-  ReadColumns(*table, ColumnText(query.get(), 1));
-  table->signature = SignatureOf(*table);
-  return table;
+bool AccountCatalog::HasConstraint(std::string_view name) {
+  for (const TablePtr& table : Objects()) {
+    for (const tsql::KeyInfo& key : table->keys) {
+      const bool constraint =
+          key.kind == tsql::KeyInfo::Kind::Primary || key.kind == tsql::KeyInfo::Kind::UniqueConstraint;
+      if (constraint && EqualsIgnoreCase(key.name, name)) return true;
+    }
+  }
+  return false;
 }
 
-void AccountCatalog::ReadColumns(TableInfo& table, std::string_view definition) {
-  const Text schema = table.temporary ? "tempdb" : "main";
-  const StatementHandle query =
-      Prepare(database_, "SELECT name, type, \"notnull\", pk, hidden FROM pragma_table_xinfo(?1, ?2)", path_);
-  Bind(query.get(), 1, tsql::Value::Of(std::string_view(table.name)));
-  Bind(query.get(), 2, tsql::Value::Of(std::string_view(schema)));
-  while (sqlite3_step(query.get()) == SQLITE_ROW) {
-    tsql::ColumnInfo column;
-    column.name = Statement(query.get(), 0);
-    const std::string_view declared = ColumnText(query.get(), 1);
-    // SQLite tells the type of a computed column with the words behind it.
-    column.type = tsql::ParseDeclaration(declared.substr(0, declared.find(' ')))
-                      .value_or(tsql::TextType(tsql::TypeKind::NVarChar, tsql::DataType::kMaxLength));
-    column.identity = sqlite3_column_int(query.get(), 3) == 1;
-    column.nullable = sqlite3_column_int(query.get(), 2) == 0 && !column.identity;
-    column.computed = sqlite3_column_int(query.get(), 4) != 0;
-    if (column.computed) column.alias_of = AliasOf(definition, column);
-    table.columns.push_back(std::move(column));
+void AccountCatalog::RefuseTakenNames(const tsql::TableDraft& draft) {
+  if (IsTemporary(draft.name)) return;
+  for (const tsql::KeyConstraint& key : draft.keys) {
+    if (key.name.empty() || (!FindPermanent(key.name) && !HasConstraint(key.name))) continue;
+    Refuse("There is already an object named '" + key.name + "' in the database.");
   }
 }
 
-TablePtr AccountCatalog::LoadView(const Text& name) {
-  const StatementHandle query = Prepare(
-      database_, "SELECT name, columns, source FROM main." + Text(kViewTable) + " WHERE name=?1 COLLATE NOCASE", path_);
-  Bind(query.get(), 1, tsql::Value::Of(std::string_view(name)));
-  if (sqlite3_step(query.get()) != SQLITE_ROW) return nullptr;
-  auto view = std::make_shared<TableInfo>();
-  view->name = Statement(query.get(), 0);
-  view->view = tsql::ParseView(Statement(query.get(), 2), SplitLines(Statement(query.get(), 1)));
-  view->signature = SignatureOf(*view);
-  return view;
+AccountCatalog::TemporaryTable& AccountCatalog::NeedTemporary(const TableInfo& table) {
+  const auto found = temporary_.find(LowerKey(table.name));
+  if (found == temporary_.end()) Refuse("Invalid object name '" + table.name + "'.");
+  return found->second;
 }
+
+// ---- noticing changes ----
 
 std::int64_t AccountCatalog::SchemaVersion() {
   if (!version_statement_) version_statement_ = Prepare(database_, "PRAGMA main.schema_version", path_);
@@ -190,6 +191,15 @@ void AccountCatalog::ChangePermanent() {
   ++epoch_;
 }
 
+void AccountCatalog::Change(TableInfo now) {
+  if (!now.temporary) return ChangePermanent();
+  ChangeTemporary();
+  TemporaryTable& entry = NeedTemporary(now);
+  now.signature = SignatureOf(now);
+  entry.table = std::make_shared<const TableInfo>(std::move(now));
+  entry.altered = true;
+}
+
 void AccountCatalog::Committed() {
   before_.reset();
   permanent_changed_ = false;
@@ -214,71 +224,65 @@ void AccountCatalog::ReturnTo(const Mark& mark) {
   ++epoch_;
 }
 
+// ---- making ----
+
 void AccountCatalog::Create(const tsql::TableDraft& draft) {
-  if (!Reaches(draft.name))
-    Refuse("The specified schema name \"" + draft.name.owner +
-           "\" either does not exist or you do not have permission to use it.");
-  if (Find(draft.name)) RefuseExisting(draft.name);
+  CheckName(draft.name);
+  if (const TablePtr there = Find(draft.name); there && there->system_source.empty()) RefuseExisting(draft.name);
   if (IsTemporary(draft.name)) return CreateTemporary(draft);
   if (IsInternal(LowerKey(draft.name.name))) RefuseExisting(draft.name);
+  RefuseTakenNames(draft);
   for (const Text& statement : CreateStatements(draft)) Run(database_, statement, path_);
   ChangePermanent();
 }
 
 void AccountCatalog::CreateTemporary(const tsql::TableDraft& draft) {
+  TableInfo info = InfoOf(draft);
+  info.signature = SignatureOf(info);
   const std::vector<Text> statements = CreateStatements(draft);
-  const Text joined = JoinLines(statements);
+  TemporaryTable made{std::make_shared<const TableInfo>(std::move(info)), JoinLines(statements),
+                      std::make_shared<Counter>()};
   const Text key = LowerKey(draft.name.name);
   ChangeTemporary();
   if (const auto found = temporary_.find(key); found != temporary_.end()) {
-    if (found->second.statements == joined) {
-      found->second.present = true;
+    // The texts tell all of the table but where its numbers start.
+    if (found->second.statements == made.statements && found->second.table->signature == made.table->signature) {
+      made.table = found->second.table;
+      found->second = std::move(made);
       return;
     }
     Run(database_, "DROP TABLE " + found->second.table->SqlName(), path_);
     temporary_.erase(found);
   }
   for (const Text& statement : statements) Run(database_, statement, path_);
-  temporary_[key] = {LoadTable(draft.name.name, true), joined};
-}
-
-void AccountCatalog::DropTemporary(TemporaryTables::iterator found) {
-  ChangeTemporary();
-  const Text name = found->second.table->SqlName();
-  if (found->second.altered) {
-    Run(database_, "DROP TABLE " + name, path_);
-    temporary_.erase(found);
-  } else {
-    Run(database_, "DELETE FROM " + name, path_);
-    found->second.present = false;
-  }
+  temporary_[key] = std::move(made);
 }
 
 void AccountCatalog::Create(const tsql::CreateIndex& statement) {
   const TablePtr table = FindObject(*this, statement.table);
   if (table->view) Refuse("Cannot create index on view '" + table->name + "' because the view is not schema bound.");
-  for (const Text& sql : CreateStatements(statement, *table)) Run(database_, sql, path_);
-  if (!table->temporary) return ChangePermanent();
-  ChangeTemporary();
-  temporary_[LowerKey(table->name)].altered = true;
+  TableInfo now = *table;
+  now.keys.push_back(KeyOf(statement, *table));
+  MakeKeys(now, table->keys.size());
+  Change(std::move(now));
 }
 
 void AccountCatalog::CreateView(const tsql::CreateView& statement) {
+  CheckName(statement.view);
   if (IsTemporary(statement.view)) Refuse("Temporary views are not allowed.");
-  if (Find(statement.view)) RefuseExisting(statement.view);
+  if (const TablePtr there = Find(statement.view); there && there->system_source.empty())
+    RefuseExisting(statement.view);
   const auto view = tsql::ParseView(statement.source, statement.columns);
-  const tsql::VariableTypes no_variables;
-  CheckView({*this, {}, no_variables}, *view, statement.view.name);
-  const StatementHandle insert =
-      Prepare(database_, "INSERT INTO main." + Text(kViewTable) + "(name, columns, source) VALUES(?1, ?2, ?3)", path_);
+  tsql::ViewColumns(*this, *view, statement.view.name);
   Text columns;
   for (const Text& column : statement.columns) columns += (columns.empty() ? "" : "\n") + column;
-  Bind(insert.get(), 1, tsql::Value::Of(std::string_view(statement.view.name)));
-  Bind(insert.get(), 2, tsql::Value::Of(std::string_view(columns)));
-  Bind(insert.get(), 3, tsql::Value::Of(std::string_view(statement.source)));
-  if (const int result = sqlite3_step(insert.get()); result != SQLITE_DONE) throw SqliteError(database_, result, path_);
+  RowQuery(database_, path_, "INSERT INTO main." + Text(kViewTable) + "(name, columns, source) VALUES(?1, ?2, ?3)",
+           statement.view.name, columns, statement.source)
+      .Next();
   ChangePermanent();
 }
+
+// ---- dropping ----
 
 void AccountCatalog::Drop(const tsql::Drop& statement) {
   for (const ObjectName& name : statement.names) {
@@ -293,62 +297,103 @@ void AccountCatalog::Drop(const tsql::Drop& statement) {
 void AccountCatalog::DropObject(const tsql::Drop& statement, const ObjectName& name) {
   const bool view = statement.kind == tsql::ObjectKind::View;
   const TablePtr object = Find(name);
-  if (!object || (object->view != nullptr) != view) {
-    if (statement.if_exists) return;
+  if (!object || !object->system_source.empty()) {
+    if (statement.if_exists && !object) return;
     RefuseMissing(name, view ? "view" : "table");
   }
-  if (object->temporary) return DropTemporary(temporary_.find(LowerKey(object->name)));
-  Run(database_,
-      view ? "DELETE FROM main." + Text(kViewTable) + " WHERE name=" + tsql::SqlString(object->name) + " COLLATE NOCASE"
-           : "DROP TABLE " + object->SqlName(),
-      path_);
+  if ((object->view != nullptr) != view) {
+    Refuse(Text("Cannot use DROP ") + (view ? "VIEW" : "TABLE") + " with '" + tsql::WrittenName(name) + "' because '" +
+           tsql::WrittenName(name) + "' is a " + (view ? "table. Use DROP TABLE." : "view. Use DROP VIEW."));
+  }
+  if (!view) return DropTable(*object);
+  RowQuery(database_, path_, "DELETE FROM main." + Text(kViewTable) + " WHERE name=?1 COLLATE NOCASE", object->name)
+      .Next();
   ChangePermanent();
 }
 
+void AccountCatalog::DropTable(const TableInfo& table) {
+  const Text key = LowerKey(table.name);
+  if (identity_insert_ == key) identity_insert_.clear();
+  if (table.temporary) return DropTemporary(temporary_.find(key));
+  Run(database_, "DROP TABLE " + table.SqlName(), path_);
+  if (table.counted_identity) {
+    RowQuery(database_, path_, "DELETE FROM main." + Text(tsql::kCounterTable) + " WHERE table_name=?1", key).Next();
+  }
+  ChangePermanent();
+}
+
+void AccountCatalog::DropTemporary(TemporaryTables::iterator found) {
+  ChangeTemporary();
+  const Text name = found->second.table->SqlName();
+  if (found->second.altered) {
+    Run(database_, "DROP TABLE " + name, path_);
+    temporary_.erase(found);
+    return;
+  }
+  Run(database_, "DELETE FROM " + name, path_);
+  found->second.present = false;
+  found->second.put_aside = ++put_aside_clock_;
+  DropOldestPutAside();
+}
+
+void AccountCatalog::DropOldestPutAside() {
+  auto oldest = temporary_.end();
+  std::size_t count = 0;
+  for (auto entry = temporary_.begin(); entry != temporary_.end(); ++entry) {
+    if (entry->second.present) continue;
+    ++count;
+    if (oldest == temporary_.end() || entry->second.put_aside < oldest->second.put_aside) oldest = entry;
+  }
+  if (count <= kPutAside) return;
+  Run(database_, "DROP TABLE " + oldest->second.table->SqlName(), path_);
+  temporary_.erase(oldest);
+}
+
 void AccountCatalog::DropIndex(const tsql::Drop& statement, const ObjectName& name) {
+  ObjectName written = name;
+  if (!statement.on_table.empty()) written.owner = statement.on_table;
   ObjectName table_name;
-  table_name.name = statement.on_table.empty() ? name.owner : statement.on_table;
+  table_name.name = written.owner;
   const TablePtr table = Find(table_name);
-  const Text index = tsql::IndexName(table ? table->name : table_name.name, name.name);
-  const StatementHandle query =
-      Prepare(database_, "SELECT name FROM main.sqlite_schema WHERE type='index' AND name=?1 COLLATE NOCASE", path_);
-  Bind(query.get(), 1, tsql::Value::Of(std::string_view(index)));
-  if (sqlite3_step(query.get()) != SQLITE_ROW) {
+  if (!table || table->view || !table->system_source.empty()) {
     if (statement.if_exists) return;
-    ObjectName written;
-    written.owner = table_name.name;
-    written.name = name.name;
     RefuseMissing(written, "index");
   }
-  const Text found = Statement(query.get(), 0);
-  sqlite3_reset(query.get());
-  Run(database_, "DROP INDEX main." + tsql::SqlName(found), path_);
-  ChangePermanent();
+  TableInfo now = *table;
+  const auto key = std::find_if(now.keys.begin(), now.keys.end(),
+                                [&](const tsql::KeyInfo& k) { return EqualsIgnoreCase(k.name, name.name); });
+  if (key == now.keys.end()) {
+    if (statement.if_exists) return;
+    RefuseMissing(written, "index");
+  }
+  if (key->kind == tsql::KeyInfo::Kind::Primary || key->kind == tsql::KeyInfo::Kind::UniqueConstraint) {
+    Refuse("An explicit DROP INDEX is not allowed on index '" + tsql::WrittenName(written) +
+           "'. It is being used for " + (key->kind == tsql::KeyInfo::Kind::Primary ? "PRIMARY" : "UNIQUE") +
+           " KEY constraint enforcement.");
+  }
+  for (const Text& index : IndexNames(*key, now)) {
+    Run(database_, "DROP INDEX " + now.SchemaName() + '.' + tsql::SqlName(index), path_);
+  }
+  now.keys.erase(key);
+  Change(std::move(now));
 }
 
 void AccountCatalog::Truncate(const ObjectName& name) {
   const TablePtr table = FindObject(*this, name);
-  if (table->view) Refuse("Cannot truncate '" + table->name + "' because it is not a table.");
-  Run(database_, "DELETE FROM " + table->SqlName(), path_);
-  const bool counted =
-      std::any_of(table->columns.begin(), table->columns.end(), [](const auto& c) { return c.identity; });
-  if (counted && !table->temporary) {
-    Run(database_, "DELETE FROM main.sqlite_sequence WHERE name=" + tsql::SqlString(table->name), path_);
+  if (table->view || !table->system_source.empty()) {
+    Refuse("Cannot truncate '" + table->name + "' because it is not a table.");
   }
-}
-
-Text AccountCatalog::UniqueIndexOver(const TableInfo& table, std::string_view columns) {
-  const Text schema = table.temporary ? "tempdb" : "main";
-  const StatementHandle query = Prepare(database_,
-                                        "SELECT l.name FROM pragma_index_list(?1, ?2) l WHERE l.\"unique\"=1 AND "
-                                        "(SELECT group_concat(i.name, ', ') FROM pragma_index_info(l.name, ?2) i)=?3",
-                                        path_);
-  Bind(query.get(), 1, tsql::Value::Of(std::string_view(table.name)));
-  Bind(query.get(), 2, tsql::Value::Of(std::string_view(schema)));
-  Bind(query.get(), 3, tsql::Value::Of(columns));
-  if (sqlite3_step(query.get()) != SQLITE_ROW) return "PK_" + table.name;
-  const std::string_view index = ColumnText(query.get(), 0);
-  return Text(index.substr(std::min(table.name.size() + 1, index.size())));
+  Run(database_, "DELETE FROM " + table->SqlName(), path_);
+  if (table->Identity() == nullptr) return;
+  if (table->temporary) {
+    // A new one, so that the old one comes back where the transaction is undone.
+    ChangeTemporary();
+    NeedTemporary(*table).counter = std::make_shared<Counter>();
+  } else if (table->counted_identity) {
+    WriteCounter(*table, std::nullopt);
+  } else {
+    RowQuery(database_, path_, "DELETE FROM main.sqlite_sequence WHERE name=?1", table->name).Next();
+  }
 }
 
 }  // namespace rebate

@@ -1,24 +1,25 @@
 #include "platform/database/embedded/batch_runner.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <set>
 
-#include "platform/automation/conversion.h"
 #include "platform/database/embedded/constraint_error.h"
+#include "platform/database/embedded/functions.h"
 #include "platform/database/embedded/row_reader.h"
-#include "platform/database/tsql/moment.h"
+#include "platform/database/embedded/row_update.h"
+#include "platform/database/embedded/said.h"
+#include "platform/database/tsql/eval/literal.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 
 using tsql::Parameter;
-using tsql::ParameterSource;
 using tsql::Value;
 
-bool BatchRunner::Run(Program& program, std::span<const tsql::LiteralToken> literals) {
-  program_ = &program;
+bool BatchRunner::Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> literals) {
+  batch_ = &batch;
   literals_ = literals;
-  for (const auto& [name, type] : program.variables) variables_[name].type = type;
-  return RunSteps(program.steps) == Flow::Next;
+  return RunSteps(batch.steps) == Flow::Next;
 }
 
 BatchRunner::Flow BatchRunner::RunSteps(std::vector<Step>& steps) {
@@ -29,10 +30,6 @@ BatchRunner::Flow BatchRunner::RunSteps(std::vector<Step>& steps) {
   return Flow::Next;
 }
 
-tsql::Surroundings BatchRunner::Surround() {
-  return {session_.catalog(), literals_, program_->variables};
-}
-
 // ---- what each kind of statement does ----
 
 struct BatchRunner::Visitor {
@@ -40,31 +37,46 @@ struct BatchRunner::Visitor {
   Step& step;
 
   Flow operator()(const tsql::SelectStatement& node) {
-    PreparedCommand& command = runner.Need(step, [&] { return EmitQuery(runner.Surround(), *node.select); });
-    if (command.command.kind == tsql::Command::Kind::SelectInto) {
-      runner.RunSelectInto(command);
-    } else {
-      runner.RunQuery(command);
+    PreparedCommand& command =
+        runner.Prepared(step, 0, [&](tsql::BindContext& context) { return MakeQuery(context, node); });
+    switch (command.command.kind) {
+      case tsql::Command::Kind::SelectInto:
+        runner.RunSelectInto(command);
+        break;
+      case tsql::Command::Kind::Assign:
+        runner.RunAssign(command);
+        break;
+      default:
+        runner.RunQuery(command);
     }
     return Flow::Next;
   }
   Flow operator()(const tsql::Insert& node) {
-    runner.RunChange(runner.Need(step, [&] { return EmitInsert(runner.Surround(), node); }));
+    runner.RunInsert(runner.Prepared(step, 0, [&](auto& context) { return MakeInsert(context, node); }));
     return Flow::Next;
   }
   Flow operator()(const tsql::Update& node) {
-    runner.RunChange(runner.Need(step, [&] { return EmitUpdate(runner.Surround(), node); }));
+    runner.RunChange(runner.Prepared(step, 0, [&](auto& context) { return MakeUpdate(context, node); }));
     return Flow::Next;
   }
   Flow operator()(const tsql::Delete& node) {
-    runner.RunChange(runner.Need(step, [&] { return EmitDelete(runner.Surround(), node); }));
+    runner.RunChange(runner.Prepared(step, 0, [&](auto& context) { return MakeDelete(context, node); }));
     return Flow::Next;
   }
+
+  // ---- definitions ----
   Flow operator()(const tsql::Truncate& node) {
     return Define([&] { runner.session_.catalog().Truncate(node.table); });
   }
   Flow operator()(const tsql::CreateTable& node) {
-    return Define([&] { runner.session_.catalog().Create(DraftTable(runner.Surround(), node)); });
+    return Define([&] { runner.session_.catalog().Create(Draft(node.elements, node.table, nullptr)); });
+  }
+  Flow operator()(const tsql::AlterTableAdd& node) {
+    return Define([&] {
+      AccountCatalog& catalog = runner.session_.catalog();
+      const tsql::TablePtr table = FindObject(catalog, node.table);
+      catalog.Add(Draft(node.elements, node.table, table.get()));
+    });
   }
   Flow operator()(const tsql::CreateIndex& node) {
     return Define([&] { runner.session_.catalog().Create(node); });
@@ -75,6 +87,8 @@ struct BatchRunner::Visitor {
   Flow operator()(const tsql::Drop& node) {
     return Define([&] { runner.session_.catalog().Drop(node); });
   }
+
+  // ---- control ----
   Flow operator()(const tsql::If& node) { return runner.RunSteps(Holds(*node.condition) ? step.then : step.otherwise); }
   Flow operator()(const tsql::While& node) {
     while (Holds(*node.condition)) {
@@ -85,18 +99,42 @@ struct BatchRunner::Visitor {
     return Flow::Next;
   }
   Flow operator()(const tsql::Declare& node) {
-    if (node.value) runner.SetVariable(step, node.variable, *node.value);
+    if (node.value) Assign(node.variable, *node.value);
     return Flow::Next;
   }
   Flow operator()(const tsql::SetVariable& node) {
-    runner.SetVariable(step, node.variable, *node.value);
+    Assign(node.variable, *node.value);
     return Flow::Next;
   }
   Flow operator()(const tsql::SetOption& node) {
-    runner.SetOption(node);
+    if (node.option == "identity_insert") runner.session_.catalog().SetIdentityInsert(node.table, node.on);
     return Flow::Next;
   }
-  Flow operator()(const tsql::Print&) { return Flow::Next; }
+  Flow operator()(const tsql::Jump& node) { return node.kind == tsql::LoopJump::Break ? Flow::Break : Flow::Continue; }
+  Flow operator()(const tsql::Return&) { return Flow::Return; }
+
+  // ---- what a text says ----
+  Flow operator()(const tsql::Print& node) {
+    runner.messages_.push_back(runner.TextValue(step, 0, *node.message).value_or(""));
+    return Flow::Next;
+  }
+  Flow operator()(const tsql::RaiseError& node) {
+    RaisedMessage raised;
+    raised.format = runner.TextValue(step, 0, *node.message).value_or("");
+    raised.severity = runner.NumberValue(step, 1, *node.severity).value_or(0);
+    raised.state = runner.NumberValue(step, 2, *node.state).value_or(0);
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+      raised.arguments.push_back(runner.TextValue(step, 3 + i, *node.arguments[i]));
+    }
+    runner.messages_.push_back(RaisedText(raised));
+    return Flow::Next;
+  }
+  Flow operator()(const tsql::Throw& node) {
+    ThrowRaised(runner.NumberValue(step, 0, *node.number), runner.TextValue(step, 1, *node.message),
+                runner.NumberValue(step, 2, *node.state));
+  }
+
+  // ---- transactions ----
   Flow operator()(const tsql::BeginTransaction&) {
     runner.session_.BeginTransaction();
     return Flow::Next;
@@ -109,8 +147,6 @@ struct BatchRunner::Visitor {
     runner.session_.RollbackTransaction();
     return Flow::Next;
   }
-  Flow operator()(const tsql::Jump& node) { return node.kind == tsql::LoopJump::Break ? Flow::Break : Flow::Continue; }
-  Flow operator()(const tsql::Return&) { return Flow::Return; }
 
   template <typename Work>
   Flow Define(const Work& work) {
@@ -118,13 +154,25 @@ struct BatchRunner::Visitor {
     runner.session_.row_count = 0;
     return Flow::Next;
   }
+  tsql::TableDraft Draft(const tsql::TableElements& elements, const tsql::ObjectName& name,
+                         const tsql::TableInfo* table) {
+    tsql::BindContext context{runner.session_.catalog(), runner.literals_, runner.batch_->variables};
+    return DraftTable(context, elements, name, table);
+  }
   bool Holds(const tsql::Expression& condition) {
-    return runner.Holds(runner.Need(step, [&] { return EmitCondition(runner.Surround(), condition); }));
+    return runner.Holds(runner.Prepared(step, 0, [&](auto& context) { return MakeCondition(context, condition); }));
+  }
+  void Assign(const Text& variable, const tsql::Expression& value) {
+    const Text key = tsql::LowerKey(variable);
+    runner.RunAssign(runner.Prepared(step, 0, [&](auto& context) {
+      return MakeAssignment(context, value, key, runner.batch_->variables.at(key));
+    }));
   }
 };
 
 BatchRunner::Flow BatchRunner::RunStep(Step& step) {
-  session_.NeedTransaction(program_->reads_only);
+  session_.NeedTransaction(batch_->reads_only);
+  BeginInstant();
   return std::visit(Visitor{*this, step}, step.statement->node);
 }
 
@@ -142,77 +190,105 @@ bool BatchRunner::IsGood(PreparedCommand& prepared) {
   return true;
 }
 
-template <typename Emit>
-PreparedCommand& BatchRunner::Need(Step& step, const Emit& emit) {
-  if (step.command && IsGood(*step.command)) return *step.command;
+template <typename Make>
+PreparedCommand& BatchRunner::Prepared(Step& step, std::size_t number, const Make& make) {
+  if (step.commands.size() <= number) step.commands.resize(number + 1);
+  std::unique_ptr<PreparedCommand>& kept = step.commands[number];
+  if (kept && IsGood(*kept)) return *kept;
   AccountCatalog& catalog = session_.catalog();
   catalog.NoticeChanges();
-  step.command.reset();
+  kept.reset();
   auto prepared = std::make_unique<PreparedCommand>();
-  prepared->command = emit();
+  tsql::BindContext context{catalog, literals_, batch_->variables};
+  prepared->command = make(context);
   prepared->epoch = catalog.epoch();
-  prepared->scratch.resize(prepared->command.parameters.size());
-  for (const std::size_t literal : prepared->command.pins) program_->Pin(literal, literals_);
+  const tsql::Command& command = prepared->command;
+  for (const std::size_t literal : command.fixed_literals) batch_->FixLiteral(literal, literals_);
+  const auto& values = command.rows ? command.rows->values : command.values;
+  for (const tsql::RowValue& value : values) {
+    prepared->calculations.emplace_back(value.program.empty() ? "null:int" : std::string_view(value.program));
+  }
   // The table of a select into isn't there yet.
-  if (prepared->command.kind != tsql::Command::Kind::SelectInto) PrepareSql(*prepared);
-  step.command = std::move(prepared);
-  return *step.command;
-}
-
-void BatchRunner::PrepareSql(PreparedCommand& prepared) {
-  prepared.statement = Prepare(session_.database(), prepared.command.sql, session_.path());
+  if (command.kind != tsql::Command::Kind::SelectInto && !command.sql.text.empty()) {
+    prepared->statement = Prepare(session_.database(), command.sql.text, session_.path());
+  }
+  kept = std::move(prepared);
+  return *kept;
 }
 
 // ---- binding ----
 
-Value BatchRunner::ParameterValue(const Parameter& parameter, Text& scratch, Text& instant) {
-  switch (parameter.source) {
-    case ParameterSource::Literal:
-      return LiteralValue(literals_[parameter.literal], parameter.negated, parameter.type, parameter.purpose, scratch);
-    case ParameterSource::Variable:
-      return variables_[parameter.variable].value;
-    case ParameterSource::Now:
-      if (instant.empty()) instant = tsql::FormatMoment(tsql::Now());
-      scratch = instant;
-      return Value::Of(std::string_view(scratch));
-    case ParameterSource::Identity:
-      return session_.identity ? Value::Of(*session_.identity) : Value();
-    case ParameterSource::RowCount:
+Value BatchRunner::SystemValueOf(const Parameter& parameter, tsql::TextPool& pool) {
+  switch (parameter.system.value) {
+    case tsql::bound::SystemValue::Now:
+      return Value::Of(pool.Keep(InstantText(LocalInstant(), parameter.type)));
+    case tsql::bound::SystemValue::UtcNow:
+      return Value::Of(pool.Keep(InstantText(UniversalInstant(), parameter.type)));
+    case tsql::bound::SystemValue::Identity:
+      return session_.identity ? Value::Of(Decimal(*session_.identity)) : Value();
+    case tsql::bound::SystemValue::RowCount:
       return Value::Of(session_.row_count);
-    case ParameterSource::TransactionCount:
+    case tsql::bound::SystemValue::TransactionCount:
       return Value::Of(std::int64_t{session_.TransactionCount()});
-    case ParameterSource::ErrorNumber:
+    case tsql::bound::SystemValue::ErrorNumber:
       return Value::Of(std::int64_t{0});
-    case ParameterSource::ObjectId:
+    case tsql::bound::SystemValue::DatabaseName:
+      return Value::Of(pool.Keep(DatabaseName(session_.path())));
+    case tsql::bound::SystemValue::ObjectId:
       break;
   }
-  const auto id = session_.catalog().ObjectId(LiteralText(literals_[parameter.literal]));
+  const auto id = session_.catalog().ObjectId(LiteralText(literals_[parameter.system.literal]));
   return id ? Value::Of(*id) : Value();
 }
 
-void BatchRunner::BindParameters(PreparedCommand& prepared) {
-  Text instant;
-  const std::vector<Parameter>& parameters = prepared.command.parameters;
+Value BatchRunner::ParameterValue(const Parameter& parameter, tsql::TextPool& pool) {
+  switch (parameter.source) {
+    case Parameter::Source::Literal: {
+      const tsql::bound::Literal& literal = parameter.literal;
+      return LiteralValue(literals_[literal.index], literal.negated, literal.as_written, parameter.type,
+                          literal.purpose, pool);
+    }
+    case Parameter::Source::Variable:
+      return variables_.Get(parameter.variable);
+    case Parameter::Source::System:
+      break;
+  }
+  return SystemValueOf(parameter, pool);
+}
+
+void BatchRunner::BindParameters(PreparedCommand& prepared, sqlite3_stmt* statement,
+                                 const std::vector<Parameter>& parameters) {
+  prepared.texts.Clear();
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    Bind(prepared.statement.get(), static_cast<int>(i) + 1,
-         ParameterValue(parameters[i], prepared.scratch[i], instant));
+    const Value value = ParameterValue(parameters[i], prepared.texts);
+    const int index = static_cast<int>(i) + 1;
+    if (value.kind == Value::Kind::Decimal) {
+      Bind(statement, index, Value::Of(prepared.texts.Keep(value.decimal.ToKey())));
+    } else {
+      Bind(statement, index, value);
+    }
   }
 }
 
-int BatchRunner::StepOnce(PreparedCommand& prepared) {
-  const int result = sqlite3_step(prepared.statement.get());
+int BatchRunner::StepOnce(PreparedCommand& prepared, sqlite3_stmt* statement) {
+  const int result = sqlite3_step(statement);
   if (result != SQLITE_ROW && result != SQLITE_DONE) [[unlikely]]
-    RaiseFailure(prepared, result);
+    RaiseFailure(prepared, statement, result);
   return result;
 }
 
-void BatchRunner::RaiseFailure(PreparedCommand& prepared, int result) {
+void BatchRunner::RaiseFailure(PreparedCommand& prepared, sqlite3_stmt* statement, int result) {
+  const tsql::Command& command = prepared.command;
   Error error = SqliteError(session_.database(), result, session_.path());
   if ((result & 0xFF) == SQLITE_CONSTRAINT) {
-    const int extended = sqlite3_extended_errcode(session_.database());
-    error = ConstraintError(extended, error.description, prepared.command, session_.catalog());
+    const tsql::TablePtr target = command.target ? command.target : session_.catalog().Find(command.draft.name);
+    const Doing doing = command.kind == tsql::Command::Kind::Change ? Doing::Update : Doing::Insert;
+    if (target) {
+      error = ConstraintError(sqlite3_extended_errcode(session_.database()), sqlite3_errmsg(session_.database()),
+                              *target, doing, session_.path());
+    }
   }
-  sqlite3_reset(prepared.statement.get());
+  sqlite3_reset(statement);
   session_.NoticeFailure();
   throw error;
 }
@@ -220,125 +296,193 @@ void BatchRunner::RaiseFailure(PreparedCommand& prepared, int result) {
 // ---- running ----
 
 bool BatchRunner::Holds(PreparedCommand& prepared) {
-  BindParameters(prepared);
+  BindParameters(prepared, prepared.statement.get(), prepared.command.sql.parameters);
   const RunningStatement running(prepared.statement.get());
-  return StepOnce(prepared) == SQLITE_ROW;
+  return StepOnce(prepared, prepared.statement.get()) == SQLITE_ROW;
 }
 
 void BatchRunner::RunQuery(PreparedCommand& prepared) {
-  const std::vector<tsql::ResultColumn>& columns = prepared.command.columns;
-  BindParameters(prepared);
-  const RunningStatement running(prepared.statement.get());
+  sqlite3_stmt* statement = prepared.statement.get();
+  BindParameters(prepared, statement, prepared.command.sql.parameters);
+  const RunningStatement running(statement);
   std::int64_t count = 0;
-  if (!columns.empty() && !columns.front().variable.empty()) {
-    for (; StepOnce(prepared) == SQLITE_ROW; ++count) AssignRow(prepared);
-  } else if (result_) {
-    while (StepOnce(prepared) == SQLITE_ROW) ++count;
+  if (result_) {
+    while (StepOnce(prepared, statement) == SQLITE_ROW) ++count;
   } else {
-    RowReader reader(prepared.statement.get(), columns);
-    for (; StepOnce(prepared) == SQLITE_ROW; ++count) reader.AddRow();
+    RowReader reader(statement, prepared.command.columns);
+    for (; StepOnce(prepared, statement) == SQLITE_ROW; ++count) reader.AddRow();
     result_ = reader.rows();
   }
   session_.row_count = count;
 }
 
-void BatchRunner::AssignRow(PreparedCommand& prepared) {
-  const std::vector<tsql::ResultColumn>& columns = prepared.command.columns;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    Variable& variable = variables_[columns[i].variable];
-    sqlite3_stmt* statement = prepared.statement.get();
-    const int column = static_cast<int>(i);
-    Value value;
-    if (sqlite3_column_type(statement, column) == SQLITE_INTEGER) {
-      value = Value::Of(std::int64_t{sqlite3_column_int64(statement, column)});
-    } else if (sqlite3_column_type(statement, column) == SQLITE_FLOAT) {
-      value = Value::Of(sqlite3_column_double(statement, column));
-    } else if (sqlite3_column_type(statement, column) == SQLITE_TEXT) {
-      value = Value::Of(ColumnText(statement, column));
-    }
-    Text scratch;
-    variable.value = Convert(value, columns[i].type, variable.type, tsql::Purpose::Cast, scratch);
-    if (variable.value.kind == Value::Kind::Text) {
-      variable.text = Text(variable.value.text);
-      variable.value.text = variable.text;
+Value BatchRunner::Calculated(PreparedCommand& prepared, std::size_t number, const tsql::RowValue& value,
+                              sqlite3_stmt* row, const std::vector<tsql::DataType>& types, int first) {
+  std::vector<Value> arguments;
+  arguments.reserve(value.arguments.size());
+  for (const tsql::RowValue::Argument& argument : value.arguments) {
+    if (argument.column) {
+      const int column = first + static_cast<int>(*argument.column);
+      arguments.push_back(ReadValue(sqlite3_column_value(row, column), types[*argument.column]));
+    } else {
+      arguments.push_back(ParameterValue(argument.parameter, prepared.texts));
     }
   }
+  tsql::Program::Memory memory;
+  Value result = prepared.calculations[number].Run(arguments, memory);
+  if (result.kind == Value::Kind::Text) result.text = prepared.texts.Keep(Text(result.text));
+  return result;
 }
 
-void BatchRunner::SetVariable(Step& step, const Text& name, const tsql::Expression& value) {
-  const Text key = tsql::LowerKey(name);
-  PreparedCommand& prepared = Need(step, [&] {
-    tsql::Command command = EmitValue(Surround(), value, program_->variables.at(key));
-    command.columns.front().variable = key;
-    return command;
-  });
-  BindParameters(prepared);
-  const RunningStatement running(prepared.statement.get());
-  if (StepOnce(prepared) == SQLITE_ROW) AssignRow(prepared);
+void BatchRunner::RunAssign(PreparedCommand& prepared) {
+  const tsql::Command& command = prepared.command;
+  const auto assign = [&](sqlite3_stmt* row, const std::vector<tsql::DataType>& types) {
+    for (std::size_t i = 0; i < command.values.size(); ++i) {
+      const tsql::RowValue& value = command.values[i];
+      variables_.Set(value.variable, Calculated(prepared, i, value, row, types, 0));
+    }
+  };
+  if (!prepared.statement) {
+    prepared.texts.Clear();
+    return assign(nullptr, {});
+  }
+  sqlite3_stmt* statement = prepared.statement.get();
+  std::vector<tsql::DataType> types;
+  for (const tsql::ResultColumn& column : command.columns) types.push_back(column.type);
+  BindParameters(prepared, statement, command.sql.parameters);
+  const RunningStatement running(statement);
+  std::int64_t count = 0;
+  for (; StepOnce(prepared, statement) == SQLITE_ROW; ++count) assign(statement, types);
+  session_.row_count = count;
 }
 
-void BatchRunner::CheckIdentity(const tsql::Command& command) const {
-  if (command.gives_identity == false && session_.identity_insert.empty()) [[likely]]
-    return;
-  const bool on = session_.identity_insert.contains(tsql::LowerKey(command.target->name));
-  if (on == command.gives_identity) return;
-  throw Error(database_error::kStatement, "",
-              on ? "Explicit value must be specified for identity column in table '" + command.target->name +
-                       "' either when IDENTITY_INSERT is set to ON or when a replication user is inserting into a NOT "
-                       "FOR REPLICATION identity column."
-                 : "Cannot insert explicit value for identity column in table '" + command.target->name +
-                       "' when IDENTITY_INSERT is set to OFF.");
-}
-
-void BatchRunner::NoteIdentity(const tsql::TableInfo& table) {
-  const bool counted =
-      std::any_of(table.columns.begin(), table.columns.end(), [](const auto& c) { return c.identity; });
+void BatchRunner::RunInsert(PreparedCommand& prepared) {
+  const tsql::Command& command = prepared.command;
+  AccountCatalog& catalog = session_.catalog();
+  catalog.CheckIdentityInsert(*command.target, command.gives_identity);
+  sqlite3_stmt* statement = prepared.statement.get();
+  BindParameters(prepared, statement, command.sql.parameters);
+  {
+    const RunningStatement running(statement);
+    StepOnce(prepared, statement);
+  }
+  session_.row_count = sqlite3_changes(session_.database());
   session_.identity.reset();
-  if (counted && session_.row_count > 0) session_.identity = sqlite3_last_insert_rowid(session_.database());
+  if (session_.row_count > 0) session_.identity = catalog.NoteInsert(*command.target, command.gives_identity);
 }
 
 void BatchRunner::RunChange(PreparedCommand& prepared) {
-  const bool insert = prepared.command.kind == tsql::Command::Kind::Insert;
-  if (insert) CheckIdentity(prepared.command);
-  BindParameters(prepared);
-  const RunningStatement running(prepared.statement.get());
-  StepOnce(prepared);
-  session_.row_count = sqlite3_changes(session_.database());
-  if (insert) NoteIdentity(*prepared.command.target);
+  const tsql::Command& command = prepared.command;
+  if (command.row_by_row) return RunRowUpdate(prepared);
+  sqlite3_stmt* statement = prepared.statement.get();
+  BindParameters(prepared, statement, command.sql.parameters);
+  {
+    const RunningStatement running(statement);
+    const int result = sqlite3_step(statement);
+    const bool in_the_way = (result & 0xFF) == SQLITE_CONSTRAINT && command.rows;
+    if (!in_the_way) {
+      if (result != SQLITE_ROW && result != SQLITE_DONE) RaiseFailure(prepared, statement, result);
+      session_.row_count = sqlite3_changes(session_.database());
+      return;
+    }
+  }
+  // A key is held half way by a row that gives it up: what counts is how the rows are at the end.
+  RunRowUpdate(prepared);
 }
 
 void BatchRunner::RunSelectInto(PreparedCommand& prepared) {
+  const tsql::Command& command = prepared.command;
   session_.Atomically([&] {
-    session_.catalog().Create(prepared.command.draft);
-    if (!prepared.statement) PrepareSql(prepared);
-    BindParameters(prepared);
-    const RunningStatement running(prepared.statement.get());
-    StepOnce(prepared);
+    session_.catalog().Create(command.draft);
+    if (!prepared.statement) prepared.statement = Prepare(session_.database(), command.sql.text, session_.path());
+    sqlite3_stmt* statement = prepared.statement.get();
+    BindParameters(prepared, statement, command.sql.parameters);
+    const RunningStatement running(statement);
+    StepOnce(prepared, statement);
     session_.row_count = sqlite3_changes(session_.database());
   });
-  NoteIdentity(*session_.catalog().Find(prepared.command.draft.name));
+  session_.identity.reset();
+  const tsql::TablePtr table = session_.catalog().Find(command.draft.name);
+  if (session_.row_count > 0) session_.identity = session_.catalog().NoteInsert(*table, true);
 }
 
-void BatchRunner::SetOption(const tsql::SetOption& option) {
-  if (option.option != "identity_insert") return;
-  const tsql::TablePtr table = FindObject(session_.catalog(), option.table);
-  const bool counted =
-      std::any_of(table->columns.begin(), table->columns.end(), [](const auto& c) { return c.identity; });
-  if (!counted) {
-    throw Error(database_error::kStatement, "",
-                "Table '" + table->name + "' does not have the identity property. Cannot perform SET operation.");
+// ---- the update of a row at a time ----
+
+void BatchRunner::RunRowUpdate(PreparedCommand& prepared) {
+  const tsql::RowUpdate& update = *prepared.command.rows;
+  if (!prepared.select_rows) {
+    prepared.select_rows = Prepare(session_.database(), update.select.text, session_.path());
+    prepared.remove_row = Prepare(session_.database(), update.remove, session_.path());
+    prepared.insert_row = Prepare(session_.database(), update.insert, session_.path());
   }
-  const Text key = tsql::LowerKey(table->name);
-  if (!option.on) {
-    session_.identity_insert.erase(key);
-    return;
+  sqlite3_stmt* select = prepared.select_rows.get();
+  BindParameters(prepared, select, update.select.parameters);
+  std::vector<ChangedRow> rows;
+  std::set<std::int64_t> seen;
+  {
+    const RunningStatement running(select);
+    while (StepOnce(prepared, select) == SQLITE_ROW) {
+      // A row that the from clause finds several times is changed once.
+      if (!seen.insert(sqlite3_column_int64(select, 0)).second) continue;
+      ChangedRow row(select, update.stored.size());
+      for (std::size_t i = 0; i < update.values.size(); ++i) {
+        const tsql::RowValue& value = update.values[i];
+        if (value.program.empty()) {
+          row.SetDefault(*value.target, session_.database(), value.default_sql, session_.path());
+          continue;
+        }
+        const Value result = Calculated(prepared, i, value, select, update.column_types, 1);
+        if (value.target) row.Set(*value.target, result);
+        if (!value.variable.empty()) AssignVariable(value, result, variables_);
+      }
+      rows.push_back(std::move(row));
+    }
   }
-  if (!session_.identity_insert.empty() && !session_.identity_insert.contains(key)) {
-    throw Error(database_error::kStatement, "",
-                "IDENTITY_INSERT is already ON for table '" + *session_.identity_insert.begin() +
-                    "'. Cannot perform SET operation for table '" + table->name + "'.");
-  }
-  session_.identity_insert.insert(key);
+  WriteRows(prepared, rows);
+  session_.row_count = static_cast<std::int64_t>(rows.size());
+}
+
+void BatchRunner::WriteRows(PreparedCommand& prepared, const std::vector<ChangedRow>& rows) {
+  session_.Atomically([&] {
+    for (const ChangedRow& row : rows) {
+      sqlite3_stmt* remove = prepared.remove_row.get();
+      const RunningStatement running(remove);
+      Bind(remove, 1, row.number());
+      StepOnce(prepared, remove);
+    }
+    for (const ChangedRow& row : rows) {
+      sqlite3_stmt* insert = prepared.insert_row.get();
+      const RunningStatement running(insert);
+      row.BindTo(insert);
+      StepOnce(prepared, insert);
+    }
+  });
+}
+
+// ---- values of a statement ----
+
+std::optional<Text> BatchRunner::TextValue(Step& step, std::size_t number, const tsql::Expression& expression) {
+  PreparedCommand& prepared = Prepared(step, number, [&](auto& context) {
+    return MakeValue(context, expression, tsql::TextType(tsql::TypeKind::NVarChar, 4000));
+  });
+  sqlite3_stmt* statement = prepared.statement.get();
+  BindParameters(prepared, statement, prepared.command.sql.parameters);
+  const RunningStatement running(statement);
+  StepOnce(prepared, statement);
+  if (sqlite3_column_type(statement, 0) == SQLITE_NULL) return std::nullopt;
+  return Text(ColumnText(statement, 0));
+}
+
+std::optional<std::int64_t> BatchRunner::NumberValue(Step& step, std::size_t number,
+                                                     const tsql::Expression& expression) {
+  PreparedCommand& prepared =
+      Prepared(step, number, [&](auto& context) { return MakeValue(context, expression, tsql::IntType()); });
+  sqlite3_stmt* statement = prepared.statement.get();
+  BindParameters(prepared, statement, prepared.command.sql.parameters);
+  const RunningStatement running(statement);
+  StepOnce(prepared, statement);
+  if (sqlite3_column_type(statement, 0) == SQLITE_NULL) return std::nullopt;
+  return sqlite3_column_int64(statement, 0);
 }
 
 }  // namespace rebate

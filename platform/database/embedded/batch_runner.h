@@ -1,63 +1,66 @@
 #pragma once
 
-#include "platform/database/embedded/program.h"
+#include "platform/database/embedded/prepared_batch.h"
+#include "platform/database/embedded/row_update.h"
 #include "platform/database/embedded/session.h"
+#include "platform/database/embedded/variables.h"
 #include "platform/database/row_set.h"
 
 namespace rebate {
 
-// Runs the programs of one batch, in order: they share its variables and its result.
+// Runs the statements of one text, in order: they share its variables, its result and its messages.
 class BatchRunner {
  public:
-  explicit BatchRunner(Session& session) : session_(session) {}
+  BatchRunner(Session& session, std::vector<Text>& messages) : session_(session), messages_(messages) {}
 
-  // Runs the program with these literals. Raises the error of the first statement that is refused. Gives false where
-  // the batch ends here.
-  bool Run(Program& program, std::span<const tsql::LiteralToken> literals);
+  // Runs the batch with these literals. Raises the error of the first statement that is refused. Gives false where the
+  // text ends here.
+  bool Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> literals);
 
   // The first row set that a statement gave; null where none did.
   const Ref<RowSet>& result() const { return result_; }
 
  private:
   enum class Flow { Next, Break, Continue, Return };
-  struct Variable {
-    tsql::DataType type;
-    tsql::Value value;
-    Text text;
-  };
   struct Visitor;
 
   Flow RunSteps(std::vector<Step>& steps);
   Flow RunStep(Step& step);
 
-  // The step's command, emitted and prepared: anew where what it uses has changed.
-  template <typename Emit>
-  PreparedCommand& Need(Step& step, const Emit& emit);
+  // The step's command of the number, made by `make` and prepared: anew where what it uses has changed.
+  template <typename Make>
+  PreparedCommand& Prepared(Step& step, std::size_t number, const Make& make);
   bool IsGood(PreparedCommand& command);
-  void PrepareSql(PreparedCommand& prepared);
 
-  void BindParameters(PreparedCommand& prepared);
-  tsql::Value ParameterValue(const tsql::Parameter& parameter, Text& scratch, Text& instant);
-  // Runs a prepared command, anew emitted by `emit` where another connection has changed the tables under it.
-  int StepOnce(PreparedCommand& prepared);
-  [[noreturn]] void RaiseFailure(PreparedCommand& prepared, int result);
+  int StepOnce(PreparedCommand& prepared, sqlite3_stmt* statement);
+  [[noreturn]] void RaiseFailure(PreparedCommand& prepared, sqlite3_stmt* statement, int result);
+  void BindParameters(PreparedCommand& prepared, sqlite3_stmt* statement,
+                      const std::vector<tsql::Parameter>& parameters);
+  tsql::Value ParameterValue(const tsql::Parameter& parameter, tsql::TextPool& pool);
+  tsql::Value SystemValueOf(const tsql::Parameter& parameter, tsql::TextPool& pool);
 
   bool Holds(PreparedCommand& prepared);
   void RunQuery(PreparedCommand& prepared);
-  void AssignRow(PreparedCommand& prepared);
+  void RunAssign(PreparedCommand& prepared);
   void RunChange(PreparedCommand& prepared);
+  void RunInsert(PreparedCommand& prepared);
   void RunSelectInto(PreparedCommand& prepared);
-  void CheckIdentity(const tsql::Command& command) const;
-  void NoteIdentity(const tsql::TableInfo& table);
-  void Assign(const Text& name, sqlite3_stmt* statement, int column);
-  void SetVariable(Step& step, const Text& name, const tsql::Expression& value);
-  void SetOption(const tsql::SetOption& option);
-  tsql::Surroundings Surround();
+  // The value of one calculation over the row on which the statement stands, its columns counted from `first`.
+  tsql::Value Calculated(PreparedCommand& prepared, std::size_t number, const tsql::RowValue& value,
+                         sqlite3_stmt* row, const std::vector<tsql::DataType>& types, int first);
+  // The update of a row at a time.
+  void RunRowUpdate(PreparedCommand& prepared);
+  void WriteRows(PreparedCommand& prepared, const std::vector<ChangedRow>& rows);
+
+  // A value of the step by its number: as text, or as a whole number; nothing for Null.
+  std::optional<Text> TextValue(Step& step, std::size_t number, const tsql::Expression& expression);
+  std::optional<std::int64_t> NumberValue(Step& step, std::size_t number, const tsql::Expression& expression);
 
   Session& session_;
-  Program* program_ = nullptr;
+  std::vector<Text>& messages_;
+  PreparedBatch* batch_ = nullptr;
   std::span<const tsql::LiteralToken> literals_;
-  std::unordered_map<Text, Variable> variables_;
+  Variables variables_;
   Ref<RowSet> result_;
 };
 

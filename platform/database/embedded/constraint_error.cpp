@@ -1,41 +1,111 @@
 #include "platform/database/embedded/constraint_error.h"
 
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "platform/database/tsql/print/definition.h"
+#include "platform/values/ascii.h"
+
 namespace rebate {
 namespace {
 
-// "NOT NULL constraint failed: t.a" and "UNIQUE constraint failed: t.a, t.b" give "a" and "a, b".
-Text ColumnsOf(const Text& message, const Text& table) {
-  const std::size_t colon = message.find(": ");
-  Text columns = colon == Text::npos ? Text() : message.substr(colon + 2);
-  const Text prefix = table + '.';
-  for (std::size_t at; (at = columns.find(prefix)) != Text::npos;) columns.erase(at, prefix.size());
-  return columns;
+using tsql::KeyInfo;
+using tsql::TableInfo;
+
+Error Refused(Text description) {
+  return Error(database_error::kConstraint, "", std::move(description));
 }
 
-Text DuplicateText(const Text& index, const Text& table) {
-  const Text object = "'dbo." + table + "'";
-  if (index.starts_with("PK_")) {
-    return "Violation of PRIMARY KEY constraint '" + index + "'. Cannot insert duplicate key in object " + object + ".";
+// What stands behind "NOT NULL constraint failed: " and its like.
+Text Subject(std::string_view message) {
+  const std::size_t colon = message.find(": ");
+  return Text(message.substr(colon == std::string_view::npos ? message.size() : colon + 2));
+}
+
+// "t.a, t.b" gives "a, b".
+Text ColumnsOf(Text subject, const Text& table) {
+  const Text prefix = table + '.';
+  for (std::size_t at; (at = subject.find(prefix)) != Text::npos;) subject.erase(at, prefix.size());
+  return subject;
+}
+
+Text StoredNames(const KeyInfo& key, const TableInfo& table) {
+  Text names;
+  for (const Text& name : key.columns) {
+    const tsql::ColumnInfo* column = table.FindColumn(name);
+    names += (names.empty() ? "" : ", ") + (column != nullptr && !column->alias_of.empty() ? column->alias_of : name);
   }
-  if (index.starts_with("UQ_")) {
-    return "Violation of UNIQUE KEY constraint '" + index + "'. Cannot insert duplicate key in object " + object + ".";
+  return names;
+}
+
+// The key that SQLite tells of: by its columns, or by the index beside it that holds the rows with Nulls.
+const KeyInfo* FindKey(const Text& subject, const TableInfo& table) {
+  const Text columns = ColumnsOf(subject, table.name);
+  for (const KeyInfo& key : table.keys) {
+    if (!key.IsUnique()) continue;
+    if (EqualsIgnoreCase(StoredNames(key, table), columns)) return &key;
+    if (subject.find(IndexName(table.name, key) + '\'') != Text::npos) return &key;
   }
-  return "Cannot insert duplicate key row in object " + object + " with unique index '" + index + "'.";
+  return nullptr;
+}
+
+Error DuplicateError(const Text& subject, const TableInfo& table) {
+  const KeyInfo* key = FindKey(subject, table);
+  const Text object = "'dbo." + table.name + "'";
+  // An identity without a key of its own keeps its numbers apart, too.
+  const Text name = key != nullptr ? key->name : "PK_" + table.name;
+  const KeyInfo::Kind kind = key != nullptr ? key->kind : KeyInfo::Kind::Primary;
+  if (kind == KeyInfo::Kind::UniqueIndex) {
+    return Refused("Cannot insert duplicate key row in object " + object + " with unique index '" + name + "'.");
+  }
+  return Refused(Text("Violation of ") + (kind == KeyInfo::Kind::Primary ? "PRIMARY" : "UNIQUE") + " KEY constraint '" +
+                 name + "'. Cannot insert duplicate key in object " + object + ".");
+}
+
+Error CheckError(const Text& subject, const TableInfo& table, Doing doing, const Text& path) {
+  if (subject == tsql::kIdentityCheck) {
+    const tsql::ColumnInfo* identity = table.Identity();
+    return IdentityOverflow(identity != nullptr ? identity->type : tsql::IntType());
+  }
+  const tsql::CheckDraft check = tsql::ParseCheckName(subject);
+  constexpr std::string_view kVerbs[] = {"INSERT", "UPDATE", "ALTER TABLE"};
+  return Refused(
+      "The " + Text(kVerbs[static_cast<std::size_t>(doing)]) + " statement conflicted with the CHECK constraint \"" +
+      check.name + "\". The conflict occurred in database \"" + (table.temporary ? "tempdb" : DatabaseName(path)) +
+      "\", table \"dbo." + table.name + '"' + (check.column.empty() ? "" : ", column '" + check.column + "'") + '.');
 }
 
 }  // namespace
 
-Error ConstraintError(int extended_code, const Text& message, const tsql::Command& command, AccountCatalog& catalog) {
-  const tsql::TablePtr table = command.target ? command.target : catalog.Find(command.draft.name);
-  if (!table) return Error(database_error::kConstraint, "", message);
-  const Text columns = ColumnsOf(message, table->name);
-  if (extended_code == SQLITE_CONSTRAINT_NOTNULL) {
-    return Error(database_error::kConstraint, "",
-                 "Cannot insert the value NULL into column '" + columns + "', table '" + table->name +
-                     "'; column does not allow nulls. " +
-                     (command.kind == tsql::Command::Kind::Change ? "UPDATE" : "INSERT") + " fails.");
+Error ConstraintError(int extended_code, std::string_view message, const TableInfo& table, Doing doing,
+                      const Text& path) {
+  const Text subject = Subject(message);
+  switch (extended_code) {
+    case SQLITE_CONSTRAINT_NOTNULL:
+      return Refused("Cannot insert the value NULL into column '" + ColumnsOf(subject, table.name) + "', table '" +
+                     FullName(table, path) + "'; column does not allow nulls. " +
+                     (doing == Doing::Update ? "UPDATE" : "INSERT") + " fails.");
+    case SQLITE_CONSTRAINT_CHECK:
+      return CheckError(subject, table, doing, path);
+    default:
+      return DuplicateError(subject, table);
   }
-  return Error(database_error::kConstraint, "", DuplicateText(catalog.UniqueIndexOver(*table, columns), table->name));
+}
+
+Error IdentityOverflow(const tsql::DataType& type) {
+  Text name(tsql::MessageName(type.kind));
+  return Error(database_error::kStatement, "",
+               "Arithmetic overflow error converting IDENTITY to data type " + name + '.');
+}
+
+Text DatabaseName(const Text& path) {
+  return std::filesystem::path(path).stem().string();
+}
+
+Text FullName(const TableInfo& table, const Text& path) {
+  return (table.temporary ? "tempdb" : DatabaseName(path)) + ".dbo." + table.name;
 }
 
 }  // namespace rebate

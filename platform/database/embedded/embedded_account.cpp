@@ -4,17 +4,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 
 #include "platform/database/embedded/account_catalog.h"
+#include "platform/database/embedded/account_upgrade.h"
 #include "platform/database/embedded/embedded_connection.h"
 #include "platform/database/embedded/functions.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 namespace {
 
 constexpr std::int64_t kApplicationId = 0x52424154;  // marks a SQLite file as an account
-constexpr std::int64_t kVersion = 1;                 // of what stands in the file beside the tables
 
 [[noreturn]] void Refuse(Text description) {
   throw Error(database_error::kConnection, "", std::move(description));
@@ -57,14 +59,17 @@ void CheckFile(const Text& path) {
   if (!writable) Refuse("The account " + path + " can't be written; give yourself the permission to write the file.");
 }
 
-void CheckAccount(sqlite3* database, const Text& path) {
+// Gives the version. A database that is no account is left untouched.
+std::int64_t NeedAccount(sqlite3* database, const Text& path) {
   const std::int64_t id = ReadNumber(database, "PRAGMA application_id", path);
   if (id != kApplicationId) {
     Refuse("The database " + path + " is no account; `rebate init` makes an account in a new file.");
   }
-  if (ReadNumber(database, "PRAGMA user_version", path) > kVersion) {
+  const std::int64_t version = ReadNumber(database, "PRAGMA user_version", path);
+  if (version > kAccountVersion) {
     Refuse("The account " + path + " was made by a newer version; use that one, or a newer one, to open it.");
   }
+  return version;
 }
 
 void Configure(sqlite3* database, const Text& path) {
@@ -82,10 +87,26 @@ void BuildAccount(sqlite3* database, const Text& path) {
   Run(database, "PRAGMA journal_mode=WAL", path);
   Run(database,
       "BEGIN IMMEDIATE; CREATE TABLE " + Text(kViewTable) +
-          "(name TEXT NOT NULL PRIMARY KEY COLLATE NOCASE, columns TEXT NOT NULL, source TEXT NOT NULL) WITHOUT ROWID;"
-          "PRAGMA application_id=" +
-          std::to_string(kApplicationId) + ";PRAGMA user_version=" + std::to_string(kVersion) + ";COMMIT",
+          "(name TEXT NOT NULL PRIMARY KEY COLLATE NOCASE, columns TEXT NOT NULL, source TEXT NOT NULL) WITHOUT "
+          "ROWID;" +
+          CounterTableStatement() + ";PRAGMA application_id=" + std::to_string(kApplicationId) +
+          ";PRAGMA user_version=" + std::to_string(kAccountVersion) + ";COMMIT",
       path);
+}
+
+[[noreturn]] void RefuseTaken(const Text& path) {
+  Refuse("There is something at " + path + " already; a new account needs a path of its own.");
+}
+
+// Gives a file its name where nothing has that name. Gives the error number, 0 where it is done.
+int MoveToFreeName(const Text& from, const Text& to) {
+  if (link(from.c_str(), to.c_str()) == 0) {
+    unlink(from.c_str());
+    return 0;
+  }
+  if (errno == EEXIST) return errno;
+  // Some file systems know no second names.
+  return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
 void RemoveAccount(const Text& path) {
@@ -100,18 +121,18 @@ void RemoveAccount(const Text& path) {
 ConnectionRef OpenEmbedded(const Text& path, std::chrono::milliseconds lock_wait) {
   CheckFile(path);
   DatabaseHandle database = OpenFile(path, lock_wait);
-  CheckAccount(database.get(), path);
+  const std::int64_t version = NeedAccount(database.get(), path);
   Configure(database.get(), path);
+  if (version < kAccountVersion) UpgradeAccount(database.get(), path);
   return New<EmbeddedConnection>(std::move(database), path);
 }
 
 ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wait) {
   // The file is made here and not by SQLite, so that of two that try only one gets to build.
-  const int file = open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0644);
+  const int file = open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600);
   if (file < 0) {
     const std::error_code error(errno, std::generic_category());
-    if (error == std::errc::file_exists)
-      Refuse("There is something at " + path + " already; a new account needs a path of its own.");
+    if (error == std::errc::file_exists) RefuseTaken(path);
     Refuse("The account " + path + " can't be made: " + error.message() + ".");
   }
   close(file);
@@ -124,6 +145,39 @@ ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wa
     RemoveAccount(path);
     throw;
   }
+}
+
+AccountInMaking::AccountInMaking(const Text& path, std::chrono::milliseconds lock_wait) : path_(path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) == 0) RefuseTaken(path);
+  making_ = path + ".making-" + std::to_string(getpid());
+  try {
+    connection_ = CreateEmbedded(making_, lock_wait);
+  } catch (Error& error) {
+    error.description = Replace(error.description, making_, path_);
+    throw;
+  }
+}
+
+AccountInMaking::~AccountInMaking() {
+  connection_ = nullptr;
+  if (!making_.empty()) RemoveAccount(making_);
+}
+
+void AccountInMaking::Finish() {
+  // The last connection writes everything to the file itself.
+  connection_ = nullptr;
+  std::error_code ignored;
+  if (std::filesystem::exists(making_ + "-wal", ignored)) {
+    Refuse("The account " + path_ + " can't be made: its file can't be completed.");
+  }
+  const int error = MoveToFreeName(making_, path_);
+  if (error == EEXIST) RefuseTaken(path_);
+  if (error != 0) {
+    Refuse("The account " + path_ + " can't be made: " + std::error_code(error, std::generic_category()).message() +
+           ".");
+  }
+  making_.clear();
 }
 
 }  // namespace rebate

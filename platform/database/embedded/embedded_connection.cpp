@@ -1,7 +1,7 @@
 #include "platform/database/embedded/embedded_connection.h"
 
 #include "platform/database/embedded/batch_runner.h"
-#include "platform/database/tsql/batch_splitter.h"
+#include "platform/database/tsql/parse/batch_splitter.h"
 
 namespace rebate {
 namespace {
@@ -13,17 +13,18 @@ RecordsetRef ResultOf(const BatchRunner& runner) {
 }  // namespace
 
 RecordsetRef EmbeddedConnection::Execute(std::string_view text) {
+  messages_.clear();
   if (text.size() > kWholeBatch) return ExecuteParts(text);
-  ReadShape(text, shape_);
-  const ProgramPtr program = cache_.Get(text, shape_);
-  BatchRunner runner(session_);
-  runner.Run(*program, shape_.literals);
+  ReadTemplate(text, template_);
+  const PreparedBatchPtr batch = cache_.Get(text, template_);
+  BatchRunner runner(session_, messages_);
+  runner.Run(*batch, template_.literals);
   return ResultOf(runner);
 }
 
 RecordsetRef EmbeddedConnection::ExecuteParts(std::string_view text) {
   struct Part {
-    ProgramPtr program;
+    PreparedBatchPtr batch;
     std::size_t first_literal;
     std::size_t literal_count;
   };
@@ -31,15 +32,15 @@ RecordsetRef EmbeddedConnection::ExecuteParts(std::string_view text) {
   std::vector<tsql::LiteralToken> literals;
   bool reads_only = true;
   for (const std::string_view part : tsql::SplitBatch(text)) {
-    ReadShape(part, shape_);
-    parts.push_back({cache_.Get(part, shape_), literals.size(), shape_.literals.size()});
-    literals.insert(literals.end(), shape_.literals.begin(), shape_.literals.end());
-    reads_only = reads_only && parts.back().program->reads_only;
+    ReadTemplate(part, template_);
+    parts.push_back({cache_.Get(part, template_), literals.size(), template_.literals.size()});
+    literals.insert(literals.end(), template_.literals.begin(), template_.literals.end());
+    reads_only = reads_only && parts.back().batch->reads_only;
   }
   session_.NeedTransaction(reads_only);
-  BatchRunner runner(session_);
+  BatchRunner runner(session_, messages_);
   for (const Part& part : parts) {
-    if (!runner.Run(*part.program, std::span(literals).subspan(part.first_literal, part.literal_count))) break;
+    if (!runner.Run(*part.batch, std::span(literals).subspan(part.first_literal, part.literal_count))) break;
   }
   return ResultOf(runner);
 }

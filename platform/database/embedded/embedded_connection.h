@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/database/connection.h"
-#include "platform/database/embedded/program.h"
+#include "platform/database/embedded/prepared_batch.h"
 #include "platform/database/embedded/session.h"
 
 namespace rebate {
@@ -12,6 +12,7 @@ class EmbeddedConnection : public Connection {
   EmbeddedConnection(DatabaseHandle database, Text path) : session_(std::move(database), std::move(path)) {}
 
   RecordsetRef Execute(std::string_view text) override;
+  std::vector<Text> TakeMessages() override { return std::exchange(messages_, {}); }
   void BeginWork() override { session_.BeginWork(); }
   void CommitWork() override { session_.CommitWork(); }
   void RollbackWork() noexcept override { session_.RollbackWork(); }
@@ -23,8 +24,9 @@ class EmbeddedConnection : public Connection {
   RecordsetRef ExecuteParts(std::string_view text);
 
   Session session_;
-  ProgramCache cache_;
-  tsql::Shape shape_;
+  BatchCache cache_;
+  tsql::BatchTemplate template_;
+  std::vector<Text> messages_;
 };
 
 }  // namespace rebate

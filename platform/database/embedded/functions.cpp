@@ -1,64 +1,212 @@
 #include "platform/database/embedded/functions.h"
 
-#include "platform/database/tsql/command.h"
-#include "platform/database/tsql/utf8.h"
+#include <cmath>
+#include <memory>
+#include <unordered_map>
+
+#include "platform/database/embedded/aggregates.h"
+#include "platform/database/embedded/sqlite_handles.h"
+#include "platform/database/tsql/eval/program.h"
+#include "platform/database/tsql/print/definition.h"
+#include "platform/values/folding.h"
+#include "platform/values/text_order.h"
 
 namespace rebate {
 namespace {
 
-int CompareTexts(void*, int left_size, const void* left, int right_size, const void* right) {
-  return tsql::CompareText({static_cast<const char*>(left), static_cast<std::size_t>(left_size)},
-                           {static_cast<const char*>(right), static_cast<std::size_t>(right_size)});
+using tsql::Program;
+using tsql::Value;
+
+// ---- collations ----
+
+template <int (*Compare)(std::string_view, std::string_view)>
+int Collate(void*, int left_size, const void* left, int right_size, const void* right) noexcept {
+  return Compare({static_cast<const char*>(left), static_cast<std::size_t>(left_size)},
+                 {static_cast<const char*>(right), static_cast<std::size_t>(right_size)});
 }
 
-void Register(sqlite3* database, const FunctionDefinition& definition) {
-  const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS | (definition.deterministic ? SQLITE_DETERMINISTIC : 0);
-  sqlite3_create_function_v2(database, definition.name, definition.arguments, flags, nullptr, definition.function,
-                             nullptr, nullptr, nullptr);
+// ---- calculations ----
+
+// The programs that a connection has met, by their texts.
+class Calculations {
+ public:
+  using ProgramPtr = std::shared_ptr<const Program>;
+
+  ProgramPtr Get(std::string_view text) {
+    if (const auto found = programs_.find(text); found != programs_.end()) return found->second;
+    if (programs_.size() == kMostKept) programs_.clear();
+    return programs_.emplace(text, std::make_shared<const Program>(text)).first->second;
+  }
+
+ private:
+  static constexpr std::size_t kMostKept = 2000;
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+  std::unordered_map<Text, ProgramPtr, Hash, std::equal_to<>> programs_;
+};
+
+// One place of a statement where something is calculated, while the statement runs.
+struct CalculationSite {
+  Calculations::ProgramPtr program;
+  std::vector<Value> arguments;
+  Program::Memory memory;
+};
+
+std::string_view TextOf(sqlite3_value* value) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  return {text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
+void Calculate(sqlite3_context* context, int count, sqlite3_value** arguments) noexcept {
+  Guarded(context, [&] {
+    auto* site = static_cast<CalculationSite*>(sqlite3_get_auxdata(context, 0));
+    std::unique_ptr<CalculationSite> own;
+    if (site == nullptr) {
+      own = std::make_unique<CalculationSite>();
+      own->program = static_cast<Calculations*>(sqlite3_user_data(context))->Get(TextOf(arguments[0]));
+      site = own.get();
+    }
+    const std::vector<tsql::DataType>& types = site->program->arguments();
+    site->arguments.resize(static_cast<std::size_t>(count - 1));
+    for (std::size_t i = 0; i < site->arguments.size(); ++i) {
+      site->arguments[i] = i < types.size() ? ReadValue(arguments[i + 1], types[i]) : Value();
+    }
+    GiveValue(context, site->program->Run(site->arguments, site->memory));
+    if (!own) return;
+    sqlite3_set_auxdata(context, 0, own.release(), [](void* kept) { delete static_cast<CalculationSite*>(kept); });
+  });
+}
+
+void RegisterCalculations(sqlite3* database) {
+  // One cache for both: the first that goes takes it along.
+  const auto make = [&](const char* name, int flags) {
+    sqlite3_create_function_v2(database, name, -1, SQLITE_UTF8 | SQLITE_INNOCUOUS | flags, new Calculations, Calculate,
+                               nullptr, nullptr, [](void* kept) { delete static_cast<Calculations*>(kept); });
+  };
+  make("t_calc", SQLITE_DETERMINISTIC);
+  make("t_calc_anew", 0);
+}
+
+// ---- the count of a top ----
+
+void TopRows(sqlite3_context* context, int, sqlite3_value** arguments) noexcept {
+  Guarded(context, [&] {
+    if (sqlite3_value_type(arguments[0]) == SQLITE_NULL) {
+      throw Error(
+          database_error::kStatement, "",
+          "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.");
+    }
+    const std::int64_t rows = sqlite3_value_int64(arguments[0]);
+    if (rows < 0) {
+      throw Error(database_error::kStatement, "", "A TOP N or FETCH rowcount value may not be negative.");
+    }
+    sqlite3_result_int64(context, rows);
+  });
+}
+
+void PercentOfRows(sqlite3_context* context, int, sqlite3_value** arguments) noexcept {
+  Guarded(context, [&] {
+    const double percent = sqlite3_value_double(arguments[1]);
+    if (sqlite3_value_type(arguments[1]) == SQLITE_NULL || !(percent >= 0 && percent <= 100)) {
+      throw Error(database_error::kStatement, "", "Percent values must be between 0 and 100.");
+    }
+    const double rows = static_cast<double>(sqlite3_value_int64(arguments[0]));
+    sqlite3_result_int64(context, static_cast<std::int64_t>(std::ceil(rows * percent / 100)));
+  });
+}
+
+// ---- the instant ----
+
+struct Instant {
+  bool known = false;
+  Moment local;
+  Moment universal;
+};
+thread_local Instant instant;
+
+const Instant& KnownInstant() {
+  if (!instant.known) {
+    instant.local = Now();
+    instant.universal = UtcNow();
+    instant.known = true;
+  }
+  return instant;
+}
+
+// The default of a column: a datetime.
+void NowFunction(sqlite3_context* context, int, sqlite3_value**) noexcept {
+  Guarded(context, [&] {
+    const Text text = InstantText(LocalInstant(), tsql::DateTimeType());
+    GiveValue(context, Value::Of(std::string_view(text)));
+  });
 }
 
 }  // namespace
 
-void RegisterFunctions(sqlite3* database) {
-  sqlite3_create_collation_v2(database, Text(tsql::kCollation).c_str(), SQLITE_UTF8, nullptr, CompareTexts, nullptr);
-  for (const auto& functions : {TextFunctions(), NumberFunctions(), DateFunctions()}) {
-    for (const FunctionDefinition& definition : functions) Register(database, definition);
-  }
+void BeginInstant() {
+  instant.known = false;
 }
 
-tsql::Value ValueOf(sqlite3_value* value) {
-  switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER:
-      return tsql::Value::Of(std::int64_t{sqlite3_value_int64(value)});
-    case SQLITE_FLOAT:
-      return tsql::Value::Of(sqlite3_value_double(value));
-    case SQLITE_NULL:
-      return {};
-    default:
-      return tsql::Value::Of(TextOf(value));
-  }
+Moment LocalInstant() {
+  return KnownInstant().local;
 }
 
-void GiveText(sqlite3_context* context, std::string_view text) {
-  sqlite3_result_text(context, text.data() != nullptr ? text.data() : "", static_cast<int>(text.size()),
-                      SQLITE_TRANSIENT);
+Moment UniversalInstant() {
+  return KnownInstant().universal;
 }
 
-void Give(sqlite3_context* context, const tsql::Value& value) {
+Text InstantText(const Moment& moment, const tsql::DataType& type) {
+  const DateForm form = FormOf(type);
+  return StoredText(Fit(moment, form).value_or(moment), form.kind);
+}
+
+Value ReadValue(sqlite3_value* value, const tsql::DataType& type) {
+  const int kind = sqlite3_value_type(value);
+  if (kind == SQLITE_NULL) return {};
+  if (IsInteger(type.kind)) return Value::Of(std::int64_t{sqlite3_value_int64(value)});
+  if (IsFloat(type.kind)) return Value::Of(sqlite3_value_double(value));
+  if (!IsExactNumber(type.kind)) return Value::Of(TextOf(value));
+  if (kind == SQLITE_INTEGER) return Value::Of(Decimal(std::int64_t{sqlite3_value_int64(value)}));
+  const auto number = Decimal::Parse(TextOf(value));
+  if (!number) throw Error(database_error::kStatement, "", "A number that the account holds can't be read.");
+  return Value::Of(*number);
+}
+
+void GiveValue(sqlite3_context* context, const Value& value) {
+  const auto give_text = [&](std::string_view text) {
+    sqlite3_result_text64(context, text.data() != nullptr ? text.data() : "", text.size(), SQLITE_TRANSIENT,
+                          SQLITE_UTF8);
+  };
   switch (value.kind) {
-    case tsql::Value::Kind::Null:
-      sqlite3_result_null(context);
-      break;
-    case tsql::Value::Kind::Integer:
-      sqlite3_result_int64(context, value.integer);
-      break;
-    case tsql::Value::Kind::Real:
-      sqlite3_result_double(context, value.real);
-      break;
-    case tsql::Value::Kind::Text:
-      GiveText(context, value.text);
-      break;
+    case Value::Kind::Null:
+      return sqlite3_result_null(context);
+    case Value::Kind::Integer:
+      return sqlite3_result_int64(context, value.integer);
+    case Value::Kind::Real:
+      return sqlite3_result_double(context, value.real);
+    case Value::Kind::Decimal:
+      return give_text(value.decimal.ToKey());
+    case Value::Kind::Text:
+      return give_text(value.text);
   }
+}
+
+void RegisterFunctions(sqlite3* database) {
+  const auto collation = [&](std::string_view name, auto* compare) {
+    sqlite3_create_collation_v2(database, Text(name).c_str(), SQLITE_UTF8, nullptr, compare, nullptr);
+  };
+  collation(tsql::kTextCollation, Collate<CompareText>);
+  collation(tsql::kTextOrder, Collate<CompareInOrder>);
+  collation(tsql::kNumberCollation, Collate<CompareKeys>);
+  RegisterCalculations(database);
+  RegisterAggregates(database);
+  const int plain = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
+  sqlite3_create_function_v2(database, "t_top", 1, plain, nullptr, TopRows, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(database, "t_percent", 2, plain, nullptr, PercentOfRows, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(database, "t_now", 0, SQLITE_UTF8 | SQLITE_INNOCUOUS, nullptr, NowFunction, nullptr,
+                             nullptr, nullptr);
 }
 
 }  // namespace rebate

@@ -2,55 +2,25 @@
 
 #include <sqlite3.h>
 
-#include <new>
-#include <span>
-
-#include "platform/automation/error.h"
-#include "platform/database/tsql/value.h"
+#include "platform/database/tsql/eval/value.h"
+#include "platform/values/calendar.h"
 
 namespace rebate {
 
-// Teaches a connection the collation of the account's texts and the functions that emitted statements call.
+// Teaches a connection the collations of the account's texts and numbers, and the functions that printed statements
+// call.
 void RegisterFunctions(sqlite3* database);
 
-// ---- for the files that define functions ----
+// The instant of the statement that this thread runs, local or universal: one and the same from BeginInstant on.
+void BeginInstant();
+Moment LocalInstant();
+Moment UniversalInstant();
+// An instant as a column of the type keeps it.
+Text InstantText(const Moment& moment, const tsql::DataType& type);
 
-using SqlFunction = void (*)(sqlite3_context* context, int count, sqlite3_value** arguments);
-
-struct FunctionDefinition {
-  const char* name;
-  int arguments;  // -1 for any number
-  SqlFunction function;
-  bool deterministic = true;
-};
-
-std::span<const FunctionDefinition> TextFunctions();
-std::span<const FunctionDefinition> NumberFunctions();
-std::span<const FunctionDefinition> DateFunctions();
-
-// Wraps a body that works with values, for a function that is Null where one of its arguments is: what it raises
-// becomes the statement's error.
-template <void (*Body)(sqlite3_context*, int, sqlite3_value**)>
-void Guarded(sqlite3_context* context, int count, sqlite3_value** arguments) {
-  for (int i = 0; i < count; ++i) {
-    if (sqlite3_value_type(arguments[i]) == SQLITE_NULL) return;
-  }
-  try {
-    Body(context, count, arguments);
-  } catch (const Error& error) {
-    sqlite3_result_error(context, error.description.data(), static_cast<int>(error.description.size()));
-  } catch (const std::bad_alloc&) {
-    sqlite3_result_error_nomem(context);
-  }
-}
-
-inline std::string_view TextOf(sqlite3_value* value) {
-  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  return {text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value))};
-}
-
-tsql::Value ValueOf(sqlite3_value* value);
-void GiveText(sqlite3_context* context, std::string_view text);
-void Give(sqlite3_context* context, const tsql::Value& value);
+// A value that SQLite holds, as one of the type. A text lies in SQLite's memory.
+tsql::Value ReadValue(sqlite3_value* value, const tsql::DataType& type);
+// Ends a call of one of our functions with the value.
+void GiveValue(sqlite3_context* context, const tsql::Value& value);
 
 }  // namespace rebate

@@ -4,24 +4,15 @@
 
 #include "platform/automation/error.h"
 #include "platform/database/embedded/sqlite_handles.h"
-#include "platform/database/tsql/moment.h"
+#include "platform/values/calendar.h"
 
 namespace rebate {
 namespace {
-
-// Days between the first day of datetimes and that of automation dates.
-constexpr double kEpochDistance = 2;
 
 std::vector<Text> NamesOf(std::span<const tsql::ResultColumn> columns) {
   std::vector<Text> names;
   for (const tsql::ResultColumn& column : columns) names.push_back(column.name);
   return names;
-}
-
-tsql::Value NumberAt(sqlite3_stmt* statement, int column) {
-  return sqlite3_column_type(statement, column) == SQLITE_INTEGER
-             ? tsql::Value::Of(std::int64_t{sqlite3_column_int64(statement, column)})
-             : tsql::Value::Of(sqlite3_column_double(statement, column));
 }
 
 Variant IntegerValue(std::int64_t number, const tsql::DataType& type) {
@@ -55,12 +46,17 @@ void RowReader::AddValue(int column) {
       return rows_->Add(IntegerValue(sqlite3_column_int64(statement_, column), type));
     case tsql::TypeKind::Decimal:
     case tsql::TypeKind::Money:
-      return rows_->Add(Variant::Decimal(DecimalText(NumberAt(statement_, column), ScaleOf(type), true)));
+    case tsql::TypeKind::SmallMoney:
+      // A key has the digits that count and no others.
+      return rows_->Add(Variant::Decimal(ColumnText(statement_, column)));
     case tsql::TypeKind::Float:
       return rows_->Add(Variant(sqlite3_column_double(statement_, column)));
     case tsql::TypeKind::Real:
       return rows_->Add(Variant(static_cast<float>(sqlite3_column_double(statement_, column))));
     case tsql::TypeKind::DateTime:
+    case tsql::TypeKind::SmallDateTime:
+    case tsql::TypeKind::Date:
+    case tsql::TypeKind::DateTime2:
       return rows_->Add(DateValue(column));
     default:
       return rows_->AddText(ColumnText(statement_, column));
@@ -70,13 +66,13 @@ void RowReader::AddValue(int column) {
 Variant RowReader::DateValue(int column) {
   const std::string_view text = ColumnText(statement_, column);
   if (text != last_date_ || last_date_.empty()) {
-    const auto moment = tsql::ParseMoment(text);
+    const auto moment = ReadStored(text);
     if (!moment) {
       throw Error(database_error::kStatement, "",
                   "Conversion failed when converting date and/or time from character string.");
     }
     last_date_ = text;
-    last_date_value_ = Variant::Date(tsql::ToDays(*moment) + kEpochDistance);
+    last_date_value_ = Variant::Date(ToAutomationDate(*moment));
   }
   return last_date_value_;
 }

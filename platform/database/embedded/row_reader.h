@@ -5,7 +5,7 @@
 #include <span>
 
 #include "platform/database/row_set.h"
-#include "platform/database/tsql/command.h"
+#include "platform/database/tsql/print/command.h"
 
 namespace rebate {
 

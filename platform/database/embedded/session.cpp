@@ -38,10 +38,28 @@ void Session::Rollback() noexcept {
   begun_ = lost_ = false;
 }
 
-void Session::BeginWork() {
-  RollbackWork();
-  if (nesting_ > 0) Rollback();
+// Where it fails, everything is undone.
+void Session::Commit() {
+  try {
+    if (InTransaction()) Step(commit_.get());
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+  catalog_.Committed();
+  begun_ = false;
+}
+
+void Session::EndUnit() noexcept {
+  unit_open_ = false;
   nesting_ = 0;
+  // One text's setting must not outlive the call that it was for.
+  catalog_.ForgetIdentityInsert();
+}
+
+void Session::BeginWork() {
+  if (unit_open_ || begun_) Rollback();
+  EndUnit();
   unit_open_ = true;
 }
 
@@ -61,21 +79,18 @@ void Session::CommitWork() {
                 "The transaction was undone by an earlier error and can't be committed.");
   }
   try {
-    if (begun_) Step(commit_.get());
+    Commit();
   } catch (...) {
-    RollbackWork();
+    EndUnit();
     throw;
   }
-  catalog_.Committed();
-  unit_open_ = begun_ = false;
-  nesting_ = 0;
+  EndUnit();
 }
 
 void Session::RollbackWork() noexcept {
   if (!unit_open_) return;
   Rollback();
-  unit_open_ = false;
-  nesting_ = 0;
+  EndUnit();
 }
 
 void Session::BeginTransaction() {
@@ -84,20 +99,26 @@ void Session::BeginTransaction() {
 }
 
 void Session::CommitTransaction() {
-  if (nesting_ == 0) {
+  if (TransactionCount() == 0) {
     throw Error(database_error::kStatement, "",
                 "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
   }
-  if (nesting_ == 1 && !unit_open_) {
-    Step(commit_.get());
-    catalog_.Committed();
-    begun_ = false;
+  if (TransactionCount() > 1) {
+    --nesting_;
+    return;
   }
-  --nesting_;
+  nesting_ = 0;
+  try {
+    Commit();
+  } catch (...) {
+    // What the unit did is gone: it can't go on as if nothing had happened.
+    lost_ = unit_open_;
+    throw;
+  }
 }
 
 void Session::RollbackTransaction() {
-  if (nesting_ == 0 && !unit_open_) {
+  if (TransactionCount() == 0) {
     throw Error(database_error::kStatement, "",
                 "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
   }
@@ -110,7 +131,6 @@ void Session::UndoStatement(const AccountCatalog::Mark& mark) noexcept {
     sqlite3_exec(database(), "ROLLBACK TO statement; RELEASE statement", nullptr, nullptr, nullptr);
   }
   catalog_.ReturnTo(mark);
-  if (!InTransaction()) catalog_.Committed();
   NoticeFailure();
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <set>
 
 #include "platform/database/embedded/account_catalog.h"
 
@@ -11,7 +10,8 @@ namespace rebate {
 // like.
 //
 // A unit of work and `begin tran` are SQLite's one transaction: it begins with the first statement, as a reader if that
-// only reads, as the writer at once if not.
+// only reads, as the writer at once if not. They nest as a server counts: an open unit is one level, each `begin tran`
+// another one.
 class Session {
  public:
   Session(DatabaseHandle database, Text path);
@@ -27,15 +27,39 @@ class Session {
   // Begins the transaction of an open unit where it isn't begun; without a unit it does nothing.
   void NeedTransaction(bool reads_only);
 
-  // ---- transactions in texts ----
+  // ---- transactions in texts; each raises the server's error where no transaction is open ----
   void BeginTransaction();
+  // Ends one level. At the outermost one the work stands; an open unit goes on with a new transaction.
   void CommitTransaction();
+  // Undoes everything down to the outermost level; an open unit goes on with a new transaction.
   void RollbackTransaction();
+  // @@trancount.
   Long TransactionCount() const { return nesting_ + (unit_open_ ? 1 : 0); }
 
   // Runs `work` so that it leaves all or nothing.
   template <typename Work>
   void Atomically(const Work& work) {
+    if (InTransaction()) return InSavepoint(work);
+    // The writer at once: what the work finds is what it changes.
+    Begin(false);
+    try {
+      work();
+      Commit();
+    } catch (...) {
+      Rollback();
+      throw;
+    }
+  }
+
+  // Notes that a statement failed: SQLite gives some transactions up by itself.
+  void NoticeFailure() noexcept;
+
+  std::optional<std::int64_t> identity;
+  std::int64_t row_count = 0;
+
+ private:
+  template <typename Work>
+  void InSavepoint(const Work& work) {
     const AccountCatalog::Mark mark = catalog_.MakeMark();
     Run(database(), "SAVEPOINT statement", path_);
     try {
@@ -45,19 +69,12 @@ class Session {
       UndoStatement(mark);
       throw;
     }
-    if (sqlite3_get_autocommit(database()) != 0) catalog_.Committed();
   }
 
-  // Notes that a statement failed: SQLite gives some transactions up by itself.
-  void NoticeFailure() noexcept;
-
-  std::optional<std::int64_t> identity;
-  std::int64_t row_count = 0;
-  std::set<Text> identity_insert;  // tables that take numbers for their identity column
-
- private:
   void Begin(bool reads_only);
   void Step(sqlite3_stmt* statement);
+  void Commit();
+  void EndUnit() noexcept;
   void UndoStatement(const AccountCatalog::Mark& mark) noexcept;
   void Rollback() noexcept;
   bool InTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }

@@ -3,11 +3,12 @@
 #include <sqlite3.h>
 
 #include <memory>
+#include <new>
 #include <string_view>
 
 #include "platform/automation/error.h"
 #include "platform/automation/types.h"
-#include "platform/database/tsql/value.h"
+#include "platform/database/tsql/eval/value.h"
 
 namespace rebate {
 
@@ -33,9 +34,27 @@ class RunningStatement {
   sqlite3_stmt* statement_;
 };
 
-// The error of SQLite's that `result` and the database's last message tell: a lock waited for too long, a file that
-// can't be read or written, or else a refused statement. `path` names the account.
+// The error that `result` and the database's last message tell: one that a function of ours raised, as it was raised; a
+// lock waited for too long; a file that is damaged, full, or can't be read or written; or a refused statement. None of
+// SQLite's own words is in it. `path` names the account.
 Error SqliteError(sqlite3* database, int result, const Text& path);
+
+// What SqliteError knows one of our errors by, where a function or a table of ours hands SQLite a message.
+Text MarkedMessage(const Error& error);
+// Ends a call of one of our functions with an error, which SqliteError gives again.
+void GiveError(sqlite3_context* context, const Error& error);
+
+// Runs the body of one of our functions and turns what it raises into the error of the call.
+template <typename Body>
+void Guarded(sqlite3_context* context, const Body& body) noexcept {
+  try {
+    body();
+  } catch (const Error& error) {
+    GiveError(context, error);
+  } catch (const std::bad_alloc&) {
+    sqlite3_result_error_nomem(context);
+  }
+}
 
 // Prepares one statement for repeated use; raises SqliteError.
 StatementHandle Prepare(sqlite3* database, std::string_view sql, const Text& path);
@@ -44,6 +63,33 @@ void Run(sqlite3* database, const Text& sql, const Text& path);
 
 // Binds a value to `?index`. Its text must stay where it is until the statement is bound anew or gone.
 void Bind(sqlite3_stmt* statement, int index, const tsql::Value& value);
+void Bind(sqlite3_stmt* statement, int index, std::string_view text);
+void Bind(sqlite3_stmt* statement, int index, std::int64_t number);
 std::string_view ColumnText(sqlite3_stmt* statement, int column);
+
+// One question with its rows: `while (query.Next()) ... query.TextAt(0)`.
+class RowQuery {
+ public:
+  template <typename... Parameters>
+  RowQuery(sqlite3* database, const Text& path, std::string_view sql, const Parameters&... parameters)
+      : database_(database), path_(path), statement_(Prepare(database, sql, path)) {
+    int index = 0;
+    (BindCopy(++index, parameters), ...);
+  }
+
+  // Whether there is another row; raises SqliteError where the account can't tell.
+  bool Next();
+  Text TextAt(int column) const { return Text(ColumnText(statement_.get(), column)); }
+  std::int64_t NumberAt(int column) const { return sqlite3_column_int64(statement_.get(), column); }
+  bool IsNull(int column) const { return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL; }
+
+ private:
+  void BindCopy(int index, std::string_view text);
+  void BindCopy(int index, std::int64_t number) { Bind(statement_.get(), index, number); }
+
+  sqlite3* database_;
+  Text path_;
+  StatementHandle statement_;
+};
 
 }  // namespace rebate

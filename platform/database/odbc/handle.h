@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/automation/error.h"
-#include "platform/database/odbc/wide_text.h"
+#include "platform/values/text.h"
 
 namespace rebate::odbc {
 

@@ -7,7 +7,7 @@
 #include "platform/automation/conversion.h"
 #include "platform/database/connection_text.h"
 #include "platform/database/odbc/result_reader.h"
-#include "platform/database/odbc/wide_text.h"
+#include "platform/values/text.h"
 
 namespace rebate::odbc {
 namespace {
@@ -66,12 +66,6 @@ bool IsSqlServer(const Session& session) {
   return name.find(u"SQL Server") != std::u16string::npos;
 }
 
-bool Mentions(std::string_view text, std::string_view words) {
-  const auto found = std::search(text.begin(), text.end(), words.begin(), words.end(),
-                                 [](char c, char wanted) { return (c >= 'A' && c <= 'Z' ? c + 32 : c) == wanted; });
-  return found != text.end();
-}
-
 }  // namespace
 
 Settings Settings::Parse(const Text& connection_text) {
@@ -118,9 +112,9 @@ bool Link::IsDead() const {
 
 RecordsetRef Link::Run(std::string_view text) {
   if (counts_transactions_) {
-    const bool begins = Mentions(text, "begin tran");
+    const bool begins = ContainsIgnoreCase(text, "begin tran");
     nested_ = nested_ || begins;
-    may_end_ = Mentions(text, "rollback") || (!begins && Mentions(text, "commit"));
+    may_end_ = ContainsIgnoreCase(text, "rollback") || (!begins && ContainsIgnoreCase(text, "commit"));
   }
   const Statement statement(session_.get());
   SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(query_timeout_), SQL_IS_UINTEGER);

@@ -1,17 +1,14 @@
 #include "platform/database/odbc/result_reader.h"
 
-#include <charconv>
-#include <chrono>
-#include <limits>
 #include <string_view>
 
-#include "platform/automation/conversion.h"
+#include "platform/values/ascii.h"
+#include "platform/values/calendar.h"
+#include "platform/values/number_text.h"
 
 namespace rebate::odbc {
 namespace {
 
-constexpr std::chrono::sys_days kDayZero = std::chrono::year(1899) / 12 / 30;
-constexpr double kSecondsADay = 86400;
 constexpr SQLLEN kWideUnit = sizeof(char16_t);
 
 enum class Kind { Boolean, Short, Long, BigInteger, Decimal, Currency, Single, Double, DateTime, TimeOfDay, Text };
@@ -74,7 +71,7 @@ std::vector<Column> DescribeColumns(const Statement& statement) {
 }
 
 // "-.50" -> "-0.50", blanks and a plus sign dropped.
-Text PlainDigits(std::string_view digits) {
+Text WrittenOut(std::string_view digits) {
   digits = Trim(digits);
   const bool negative = digits.starts_with('-');
   if (negative || digits.starts_with('+')) digits.remove_prefix(1);
@@ -83,28 +80,27 @@ Text PlainDigits(std::string_view digits) {
   return plain += digits;
 }
 
-std::int64_t TenThousandths(std::string_view digits) {
-  const bool negative = digits.starts_with('-');
-  if (negative) digits.remove_prefix(1);
-  const std::size_t point = digits.find('.');
-  Text scaled(digits.substr(0, point));
-  const std::string_view fraction = point == std::string_view::npos ? "" : digits.substr(point + 1);
-  scaled += Text(fraction.substr(0, 4));
-  scaled.append(fraction.size() < 4 ? 4 - fraction.size() : 0, '0');
-  if (negative) scaled.insert(0, 1, '-');
-  std::int64_t value = 0;
-  std::from_chars(scaled.data(), scaled.data() + scaled.size(), value);
-  return value;
+[[noreturn]] void ThrowUnreadable(std::string_view what) {
+  throw Error(database_error::kStatement, "ODBC", Text(what) + " that the server sent can't be read.");
+}
+
+Variant CurrencyOf(std::string_view digits) {
+  const std::optional<std::int64_t> units = CurrencyUnits(digits);
+  if (!units) ThrowUnreadable("An amount");
+  return Variant::Currency(*units);
 }
 
 Variant DateOf(const SQL_TIMESTAMP_STRUCT& stamp) {
-  const std::chrono::year_month_day date(std::chrono::year(stamp.year), std::chrono::month(stamp.month),
-                                         std::chrono::day(stamp.day));
-  if (!date.ok()) throw Error(database_error::kStatement, "ODBC", "A date that the server sent can't be read.");
-  const auto days = static_cast<double>((std::chrono::sys_days(date) - kDayZero).count());
-  const double seconds = stamp.hour * 3600 + stamp.minute * 60 + stamp.second + stamp.fraction / 1e9;
-  const double time = seconds / kSecondsADay;
-  return Variant::Date(days >= 0 ? days + time : days - time);
+  constexpr SQLUINTEGER kTick = 100;  // nanoseconds
+  const std::optional<Moment> moment = FromCivil({stamp.year, stamp.month, stamp.day, stamp.hour, stamp.minute,
+                                                  stamp.second, static_cast<int>(stamp.fraction / kTick)});
+  if (!moment) ThrowUnreadable("A date");
+  return Variant::Date(ToAutomationDate(*moment));
+}
+
+Variant TimeOf(const SQL_TIME_STRUCT& time) {
+  constexpr double kSecondsADay = 86400;
+  return Variant::Date((time.hour * 3600 + time.minute * 60 + time.second) / kSecondsADay);
 }
 
 // Reads the rows of one result; its buffer serves all texts.
@@ -147,9 +143,7 @@ class Reader {
       case Kind::DateTime:
         return Fixed<SQL_TIMESTAMP_STRUCT>(column, SQL_C_TYPE_TIMESTAMP, DateOf);
       case Kind::TimeOfDay:
-        return Fixed<SQL_TIME_STRUCT>(column, SQL_C_TYPE_TIME, [](const SQL_TIME_STRUCT& time) {
-          return Variant::Date((time.hour * 3600 + time.minute * 60 + time.second) / kSecondsADay);
-        });
+        return Fixed<SQL_TIME_STRUCT>(column, SQL_C_TYPE_TIME, TimeOf);
       case Kind::Decimal:
       case Kind::Currency:
         return ReadDigits(column, kind);
@@ -169,8 +163,8 @@ class Reader {
 
   Variant ReadDigits(SQLUSMALLINT column, Kind kind) {
     if (!ReadWide(column)) return Variant::Null();
-    const Text digits = PlainDigits(FromWide(wide_));
-    return kind == Kind::Currency ? Variant::Currency(TenThousandths(digits)) : Variant::Decimal(digits);
+    const Text digits = WrittenOut(FromWide(wide_));
+    return kind == Kind::Currency ? CurrencyOf(digits) : Variant::Decimal(digits);
   }
 
   // The column's text, whatever its length, into `wide_`; false for Null.

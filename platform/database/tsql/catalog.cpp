@@ -1,7 +1,9 @@
 #include "platform/database/tsql/catalog.h"
 
-#include "platform/automation/conversion.h"
+#include <algorithm>
+
 #include "platform/automation/error.h"
+#include "platform/values/ascii.h"
 
 namespace rebate::tsql {
 
@@ -15,7 +17,8 @@ Text SqlName(std::string_view name) {
 }
 
 Text TableInfo::SqlName() const {
-  return (temporary ? "tempdb." : "main.") + tsql::SqlName(name);
+  if (!system_source.empty()) return system_source;
+  return SchemaName() + '.' + tsql::SqlName(name);
 }
 
 const ColumnInfo* TableInfo::FindColumn(std::string_view column) const {
@@ -23,6 +26,11 @@ const ColumnInfo* TableInfo::FindColumn(std::string_view column) const {
     if (EqualsIgnoreCase(candidate.name, column)) return &candidate;
   }
   return nullptr;
+}
+
+const ColumnInfo* TableInfo::Identity() const {
+  const auto found = std::find_if(columns.begin(), columns.end(), [](const ColumnInfo& c) { return c.identity; });
+  return found != columns.end() ? &*found : nullptr;
 }
 
 TablePtr FindObject(Catalog& catalog, const ObjectName& name) {
@@ -39,11 +47,7 @@ Text WrittenName(const ObjectName& name) {
 }
 
 Text LowerKey(std::string_view name) {
-  Text key(name);
-  for (char& c : key) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-  }
-  return key;
+  return AsciiLower(name);
 }
 
 }  // namespace rebate::tsql

@@ -4,7 +4,9 @@
 #include <array>
 #include <charconv>
 
-#include "platform/automation/conversion.h"
+#include "platform/database/tsql/parse/tree.h"
+#include "platform/values/ascii.h"
+#include "platform/values/decimal.h"
 
 namespace rebate::tsql {
 namespace {
@@ -15,58 +17,68 @@ struct TypeNames {
   int rank;  // the higher one wins where two types meet
 };
 
-// In the order of TypeKind.
-constexpr std::array<TypeNames, 14> kNames{{{"bit", "bit", 5},
+// In the order of TypeKind. SQLite keeps exact numbers as texts where the declared name holds the word.
+constexpr std::array<TypeNames, 18> kNames{{{"bit", "bit", 5},
                                             {"tinyint", "tinyint", 6},
                                             {"smallint", "smallint", 7},
                                             {"int", "int", 8},
                                             {"bigint", "bigint", 9},
-                                            {"decimal", "numeric", 11},
-                                            {"money", "money", 10},
-                                            {"float", "float", 13},
-                                            {"real", "real", 12},
+                                            {"decimal text", "numeric", 12},
+                                            {"money text", "money", 11},
+                                            {"smallmoney text", "smallmoney", 10},
+                                            {"float", "float", 14},
+                                            {"real", "real", 13},
                                             {"char", "char", 1},
                                             {"varchar", "varchar", 2},
                                             {"nchar", "nchar", 3},
                                             {"nvarchar", "nvarchar", 4},
-                                            {"datetime", "datetime", 14}}};
+                                            {"datetime", "datetime", 17},
+                                            {"smalldatetime", "smalldatetime", 16},
+                                            {"date", "date", 15},
+                                            {"datetime2", "datetime2", 18}}};
 
-constexpr int kMaxPrecision = 38;
+constexpr int kMaxPrecision = Decimal::kMaxDigits;
+constexpr int kLeastScale = 6;  // that a product or quotient keeps, however large its whole part may be
+constexpr int kLongestNational = 4000;
 
 const TypeNames& NamesOf(TypeKind kind) {
   return kNames[static_cast<std::size_t>(kind)];
 }
 
-// The digits in front of the point of a number that takes part in decimal arithmetic.
-int IntegerDigits(const DataType& type) {
-  switch (type.kind) {
-    case TypeKind::Bit:
-      return 1;
-    case TypeKind::TinyInt:
-      return 3;
-    case TypeKind::SmallInt:
-      return 5;
-    case TypeKind::BigInt:
-      return 19;
-    case TypeKind::Money:
-      return 15;
-    case TypeKind::Decimal:
-      return type.scale == kAnyScale ? kMaxPrecision : type.precision - type.scale;
-    default:
-      return 10;
-  }
+int IntegerDigits(const DataType& decimal) {
+  return decimal.precision - decimal.scale;
 }
 
-DataType DecimalOf(int integer_digits, int scale) {
-  if (scale == kAnyScale) return DecimalType(kMaxPrecision, kAnyScale);
-  return DecimalType(std::min(integer_digits + scale, kMaxPrecision), scale);
+// Where the digits don't fit, those of the fraction go first.
+DataType KeepingInteger(int integer_digits, int precision, int scale) {
+  if (precision > kMaxPrecision) scale = std::clamp(kMaxPrecision - integer_digits, 0, scale);
+  return DecimalType(std::min(precision, kMaxPrecision), scale);
+}
+
+// Where they don't fit in a product or quotient, six of the fraction stay.
+DataType KeepingSix(int precision, int scale) {
+  if (precision > kMaxPrecision) {
+    const int room = kMaxPrecision - (precision - scale);
+    scale = std::min(scale, std::max(room, kLeastScale));
+  }
+  return DecimalType(std::min(precision, kMaxPrecision), scale);
 }
 
 DataType CommonDecimal(const DataType& left, const DataType& right) {
-  const int left_scale = ScaleOf(left);
-  const int right_scale = ScaleOf(right);
-  if (left_scale == kAnyScale || right_scale == kAnyScale) return DecimalOf(0, kAnyScale);
-  return DecimalOf(std::max(IntegerDigits(left), IntegerDigits(right)), std::max(left_scale, right_scale));
+  const int integer_digits = std::max(IntegerDigits(left), IntegerDigits(right));
+  const int scale = std::max(left.scale, right.scale);
+  return KeepingInteger(integer_digits, integer_digits + scale, scale);
+}
+
+DataType CommonText(const DataType& left, const DataType& right) {
+  const bool national = IsNational(left.kind) || IsNational(right.kind);
+  const bool fixed = left.kind == right.kind && IsFixedText(left.kind);
+  const TypeKind varying = national ? TypeKind::NVarChar : TypeKind::VarChar;
+  if (left.length == DataType::kMaxLength || right.length == DataType::kMaxLength) {
+    return TextType(varying, DataType::kMaxLength);
+  }
+  const int length = std::max(left.length, right.length);
+  return TextType(fixed ? left.kind : varying, national ? std::min(length, kLongestNational) : length);
 }
 
 int ReadNumber(std::string_view& text) {
@@ -84,11 +96,17 @@ bool IsText(TypeKind kind) {
 bool IsNational(TypeKind kind) {
   return kind == TypeKind::NChar || kind == TypeKind::NVarChar;
 }
+bool IsFixedText(TypeKind kind) {
+  return kind == TypeKind::Char || kind == TypeKind::NChar;
+}
 bool IsInteger(TypeKind kind) {
   return kind <= TypeKind::BigInt;
 }
+bool IsMoney(TypeKind kind) {
+  return kind == TypeKind::Money || kind == TypeKind::SmallMoney;
+}
 bool IsExactNumber(TypeKind kind) {
-  return kind == TypeKind::Decimal || kind == TypeKind::Money;
+  return kind == TypeKind::Decimal || IsMoney(kind);
 }
 bool IsFloat(TypeKind kind) {
   return kind == TypeKind::Float || kind == TypeKind::Real;
@@ -96,17 +114,29 @@ bool IsFloat(TypeKind kind) {
 bool IsNumber(TypeKind kind) {
   return kind <= TypeKind::Real;
 }
+bool IsDate(TypeKind kind) {
+  return kind >= TypeKind::DateTime;
+}
 
-int ScaleOf(const DataType& type) {
-  if (IsInteger(type.kind)) return 0;
-  if (type.kind == TypeKind::Money) return 4;
-  return type.kind == TypeKind::Decimal ? type.scale : kAnyScale;
+DateForm FormOf(const DataType& type) {
+  switch (type.kind) {
+    case TypeKind::SmallDateTime:
+      return {DateKind::SmallDateTime};
+    case TypeKind::Date:
+      return {DateKind::Date};
+    case TypeKind::DateTime2:
+      return {DateKind::DateTime2, type.scale};
+    default:
+      return {DateKind::DateTime};
+  }
 }
 
 Text Declaration(const DataType& type) {
   Text text(NamesOf(type.kind).declared);
   if (type.kind == TypeKind::Decimal) {
-    text += '(' + std::to_string(type.precision) + ',' + std::to_string(std::max(type.scale, 0)) + ')';
+    text += '(' + std::to_string(type.precision) + ',' + std::to_string(type.scale) + ')';
+  } else if (type.kind == TypeKind::DateTime2) {
+    text += '(' + std::to_string(type.scale) + ')';
   } else if (IsText(type.kind)) {
     // SQLite takes no word between the parentheses: (max) stands as its number.
     text += '(' + std::to_string(type.length) + ')';
@@ -127,10 +157,24 @@ std::optional<DataType> ParseDeclaration(std::string_view text) {
     type.precision = ReadNumber(text);
     text.remove_prefix(std::min<std::size_t>(1, text.size()));
     type.scale = ReadNumber(text);
+  } else if (type.kind == TypeKind::DateTime2) {
+    type.scale = ReadNumber(text);
   } else if (IsText(type.kind)) {
     type.length = text.starts_with('-') ? DataType::kMaxLength : ReadNumber(text);
   }
   return type;
+}
+
+std::string_view NameOfType(TypeKind kind) {
+  const std::string_view declared = NamesOf(kind).declared;
+  return declared.substr(0, declared.find(' '));
+}
+
+std::optional<TypeKind> FindTypeKind(std::string_view name) {
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    if (NameOfType(static_cast<TypeKind>(i)) == name) return static_cast<TypeKind>(i);
+  }
+  return std::nullopt;
 }
 
 std::string_view MessageName(TypeKind kind) {
@@ -138,41 +182,75 @@ std::string_view MessageName(TypeKind kind) {
 }
 
 DataType CommonType(const DataType& left, const DataType& right) {
-  if (IsText(left.kind) && IsText(right.kind)) {
-    const bool national = IsNational(left.kind) || IsNational(right.kind);
-    const bool fixed = left.kind == right.kind && left.length == right.length;
-    if (fixed) return left;
-    const bool unlimited = left.length == DataType::kMaxLength || right.length == DataType::kMaxLength;
-    return TextType(national ? TypeKind::NVarChar : TypeKind::VarChar,
-                    unlimited ? DataType::kMaxLength : std::max(left.length, right.length));
+  if (IsText(left.kind) && IsText(right.kind)) return CommonText(left, right);
+  const bool left_wins = NamesOf(left.kind).rank >= NamesOf(right.kind).rank;
+  const DataType& winner = left_wins ? left : right;
+  const DataType& other = left_wins ? right : left;
+  if (winner.kind == TypeKind::Decimal && IsNumber(other.kind)) return CommonDecimal(winner, DecimalTypeOf(other));
+  DataType type = winner;
+  if (type.kind == TypeKind::DateTime2) {
+    // A datetime's milliseconds have three digits.
+    type.scale = std::max(type.scale, other.kind == TypeKind::DateTime ? 3 : other.scale);
   }
-  const DataType& winner = NamesOf(left.kind).rank >= NamesOf(right.kind).rank ? left : right;
-  if (winner.kind != TypeKind::Decimal || !IsNumber(left.kind) || !IsNumber(right.kind)) return winner;
-  return CommonDecimal(left, right);
+  return type;
 }
 
-DataType ArithmeticType(BinaryOperator operation, const DataType& left, const DataType& right) {
-  const DataType common = CommonType(left, right);
+DataType ArithmeticType(BinaryOperator operation, const DataType& left_type, const DataType& right_type) {
+  const DataType common = CommonType(left_type, right_type);
   if (common.kind == TypeKind::Bit) return IntType();
   if (common.kind != TypeKind::Decimal) return common;
-  const int left_scale = ScaleOf(left);
-  const int right_scale = ScaleOf(right);
-  if (left_scale == kAnyScale || right_scale == kAnyScale) return common;
+  // What is no number itself is read as the other one's type.
+  const DataType left = IsNumber(left_type.kind) ? DecimalTypeOf(left_type) : common;
+  const DataType right = IsNumber(right_type.kind) ? DecimalTypeOf(right_type) : common;
+  const int most = std::max(IntegerDigits(left), IntegerDigits(right));
+  const int scale = std::max(left.scale, right.scale);
   switch (operation) {
     case BinaryOperator::Multiply:
-      return DecimalOf(IntegerDigits(left) + IntegerDigits(right) + 1, left_scale + right_scale);
+      return KeepingSix(left.precision + right.precision + 1, left.scale + right.scale);
     case BinaryOperator::Divide: {
-      const int right_precision = IntegerDigits(right) + right_scale;
-      const int integer_digits = IntegerDigits(left) + right_scale;
-      const int scale = std::max(6, left_scale + right_precision + 1);
-      // Digits that don't fit go from the fraction first, down to six.
-      return DecimalOf(integer_digits, std::max(std::min(scale, kMaxPrecision - integer_digits), std::min(scale, 6)));
+      const int quotient_scale = std::max(kLeastScale, left.scale + right.precision + 1);
+      return KeepingSix(IntegerDigits(left) + right.scale + quotient_scale, quotient_scale);
     }
-    case BinaryOperator::Modulo:
-      return common;
+    case BinaryOperator::Modulo: {
+      const int least = std::min(IntegerDigits(left), IntegerDigits(right));
+      return KeepingInteger(least, least + scale, scale);
+    }
     default:
-      return DecimalOf(std::max(IntegerDigits(left), IntegerDigits(right)) + 1, common.scale);
+      return KeepingInteger(most, most + scale + 1, scale);
   }
+}
+
+DataType DecimalTypeOf(const DataType& type) {
+  switch (type.kind) {
+    case TypeKind::Bit:
+      return DecimalType(1, 0);
+    case TypeKind::TinyInt:
+      return DecimalType(3, 0);
+    case TypeKind::SmallInt:
+      return DecimalType(5, 0);
+    case TypeKind::BigInt:
+      return DecimalType(19, 0);
+    case TypeKind::Money:
+      return DecimalType(19, 4);
+    case TypeKind::SmallMoney:
+      return DecimalType(10, 4);
+    case TypeKind::Decimal:
+      return type;
+    default:
+      return DecimalType(10, 0);
+  }
+}
+
+DataType SumType(const DataType& operand) {
+  if (operand.kind == TypeKind::BigInt) return operand;
+  if (IsInteger(operand.kind)) return IntType();
+  if (IsMoney(operand.kind)) return TypeOf(TypeKind::Money);
+  return operand.kind == TypeKind::Decimal ? DecimalType(kMaxPrecision, operand.scale) : FloatType();
+}
+
+DataType AvgType(const DataType& operand) {
+  const DataType sum = SumType(operand);
+  return sum.kind == TypeKind::Decimal ? DecimalType(sum.precision, std::max(sum.scale, kLeastScale)) : sum;
 }
 
 }  // namespace rebate::tsql

@@ -1,0 +1,113 @@
+#include "platform/database/embedded/prepared_batch.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/database/tsql/parse/parser.h"
+
+namespace rebate {
+namespace {
+
+std::vector<Step> StepsOf(const tsql::Block& block, PreparedBatch& batch);
+
+// Lays the steps inside a statement out, and notes in the batch what it does.
+struct StepVisitor {
+  Step& step;
+  PreparedBatch& batch;
+
+  void operator()(const tsql::SelectStatement& node) {
+    if (node.select->cores.front().into) batch.reads_only = false;
+  }
+  void operator()(const tsql::If& node) {
+    batch.reads_only = false;
+    step.then = StepsOf(node.then, batch);
+    step.otherwise = StepsOf(node.otherwise, batch);
+  }
+  void operator()(const tsql::While& node) {
+    batch.reads_only = false;
+    step.then = StepsOf(node.body, batch);
+  }
+  void operator()(const tsql::Declare& node) { batch.variables[tsql::LowerKey(node.variable)] = node.type; }
+  void operator()(const tsql::SetVariable&) {}
+  void operator()(const tsql::SetOption&) {}
+  void operator()(const tsql::Print&) {}
+  void operator()(const tsql::RaiseError&) {}
+  void operator()(const tsql::Throw&) {}
+  void operator()(const tsql::CreateTable&) { Define(); }
+  void operator()(const tsql::AlterTableAdd&) { Define(); }
+  void operator()(const tsql::CreateIndex&) { Define(); }
+  void operator()(const tsql::CreateView&) { Define(); }
+  template <typename Other>
+  void operator()(const Other&) {
+    batch.reads_only = false;
+  }
+
+  void Define() {
+    batch.reads_only = false;
+    batch.keep = false;
+  }
+};
+
+std::vector<Step> StepsOf(const tsql::Block& block, PreparedBatch& batch) {
+  std::vector<Step> steps(block.size());
+  for (std::size_t i = 0; i < block.size(); ++i) {
+    steps[i].statement = block[i].get();
+    std::visit(StepVisitor{steps[i], batch}, block[i]->node);
+  }
+  return steps;
+}
+
+}  // namespace
+
+PreparedBatch::PreparedBatch(std::string_view text, const std::vector<tsql::LiteralToken>& literals)
+    : batch(tsql::Parse(text)) {
+  for (const std::size_t literal : batch.fixed_literals) FixLiteral(literal, literals);
+  steps = StepsOf(batch.statements, *this);
+}
+
+void PreparedBatch::FixLiteral(std::size_t literal, std::span<const tsql::LiteralToken> literals) {
+  const auto known = std::any_of(fixed_literals.begin(), fixed_literals.end(),
+                                 [&](const FixedLiteral& fixed) { return fixed.literal == literal; });
+  if (!known) fixed_literals.push_back({literal, Text(literals[literal].text)});
+}
+
+bool PreparedBatch::Matches(std::span<const tsql::LiteralToken> literals) const {
+  return std::all_of(fixed_literals.begin(), fixed_literals.end(),
+                     [&](const FixedLiteral& fixed) { return fixed.text == literals[fixed.literal].text; });
+}
+
+PreparedBatchPtr BatchCache::Get(std::string_view text, const tsql::BatchTemplate& batch_template) {
+  const auto found = batches_.find(std::string_view(batch_template.key));
+  if (found != batches_.end()) {
+    for (const PreparedBatchPtr& batch : found->second) {
+      if (!batch->Matches(batch_template.literals)) continue;
+      batch->last_used = ++clock_;
+      return batch;
+    }
+  }
+  auto batch = std::make_shared<PreparedBatch>(text, batch_template.literals);
+  batch->last_used = ++clock_;
+  if (batch->keep) {
+    if (count_ == kCapacity) MakeRoom();
+    batches_[batch_template.key].push_back(batch);
+    ++count_;
+  }
+  return batch;
+}
+
+void BatchCache::MakeRoom() {
+  std::uint64_t oldest = std::numeric_limits<std::uint64_t>::max();
+  for (const auto& [key, batches] : batches_) {
+    for (const PreparedBatchPtr& batch : batches) oldest = std::min(oldest, batch->last_used);
+  }
+  for (auto entry = batches_.begin(); entry != batches_.end(); ++entry) {
+    const auto gone =
+        std::erase_if(entry->second, [oldest](const PreparedBatchPtr& b) { return b->last_used == oldest; });
+    if (gone == 0) continue;
+    if (entry->second.empty()) batches_.erase(entry);
+    --count_;
+    return;
+  }
+}
+
+}  // namespace rebate

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/database/embedded/sqlite_handles.h"
+#include "platform/database/tsql/eval/program.h"
+#include "platform/database/tsql/print/command.h"
+
+namespace rebate {
+
+// A statement as it was printed and prepared, and the memory for the texts that are bound to it.
+struct PreparedCommand {
+  tsql::Command command;
+  StatementHandle statement;                // null where the command needs no row
+  std::vector<tsql::Program> calculations;  // of the command's values, or of those of its row by row update
+  StatementHandle select_rows, remove_row, insert_row;
+  std::uint64_t epoch = 0;  // of the catalog, when it was last known to be good
+  tsql::TextPool texts;
+};
+
+// One statement of a batch with what it was prepared to, on its first run.
+struct Step {
+  const tsql::Statement* statement = nullptr;
+  std::vector<std::unique_ptr<PreparedCommand>> commands;  // the statement itself, or the values and conditions in it
+  std::vector<Step> then;                                  // or the body of a while
+  std::vector<Step> otherwise;
+};
+
+// A batch ready to run, as often as a text of its template comes.
+struct PreparedBatch {
+  // Parses the batch; raises what the parser raises.
+  explicit PreparedBatch(std::string_view text, const std::vector<tsql::LiteralToken>& literals);
+
+  // Whether it is good for a batch of its template with these literals.
+  bool Matches(std::span<const tsql::LiteralToken> literals) const;
+  // From now on it is good only for batches that have the same text in the literal's place.
+  void FixLiteral(std::size_t literal, std::span<const tsql::LiteralToken> literals);
+
+  struct FixedLiteral {
+    std::size_t literal;
+    Text text;
+  };
+
+  tsql::Batch batch;
+  std::vector<Step> steps;
+  tsql::VariableTypes variables;
+  std::vector<FixedLiteral> fixed_literals;
+  bool reads_only = true;  // selects and nothing else
+  bool keep = true;        // false for definitions, which come once
+  std::uint64_t last_used = 0;
+};
+
+using PreparedBatchPtr = std::shared_ptr<PreparedBatch>;
+
+// The batches of a connection, by their templates. The least recently used one goes where there are too many.
+class BatchCache {
+ public:
+  static constexpr std::size_t kCapacity = 512;
+
+  // The prepared batch for the text, whose template this is: the one that is there, or a new one. Raises what the
+  // parser raises.
+  PreparedBatchPtr Get(std::string_view text, const tsql::BatchTemplate& batch_template);
+
+ private:
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
+  };
+
+  void MakeRoom();
+
+  std::unordered_map<Text, std::vector<PreparedBatchPtr>, Hash, std::equal_to<>> batches_;
+  std::size_t count_ = 0;
+  std::uint64_t clock_ = 0;
+};
+
+}  // namespace rebate

@@ -1,0 +1,129 @@
+#include "platform/database/tsql/eval/literal.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "platform/automation/error.h"
+#include "platform/values/text.h"
+
+namespace rebate::tsql {
+namespace {
+
+constexpr int kLongestText = 8000;      // of a varchar that isn't (max)
+constexpr int kLongestNational = 4000;  // of an nvarchar
+
+std::string_view WithoutLeadingZeros(std::string_view digits) {
+  while (digits.size() > 1 && digits[0] == '0' && digits[1] != '.') digits.remove_prefix(1);
+  return digits;
+}
+
+// The digits as they are written.
+Text PlainDigits(std::string_view digits, bool negated) {
+  digits = WithoutLeadingZeros(digits);
+  if (digits.ends_with('.')) digits.remove_suffix(1);
+  Text plain(negated ? "-" : "");
+  if (digits.starts_with('.') || digits.empty()) plain += '0';
+  return plain += digits;
+}
+
+[[noreturn]] void RefuseDigits(std::string_view digits) {
+  throw Error(database_error::kStatement, "",
+              "The number '" + Text(digits) +
+                  "' is out of the range for numeric representation (maximum precision 38).");
+}
+
+Decimal DecimalOf(std::string_view digits, bool negated) {
+  const auto number = Decimal::Parse(digits);
+  if (!number) RefuseDigits(digits);
+  return negated ? number->Negated() : *number;
+}
+
+double FloatOf(std::string_view digits) {
+  double number = 0;
+  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  // Of the numbers outside a float's range, those too small are 0.
+  if (result.ec != std::errc::result_out_of_range) return number;
+  if (digits.find('-') != std::string_view::npos) return 0;
+  throw Error(database_error::kStatement, "",
+              "The floating point value '" + Text(digits) +
+                  "' is out of the range of computer representation (8 bytes).");
+}
+
+std::int64_t IntegerOf(std::string_view digits, bool negated) {
+  std::int64_t integer = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), integer);
+  return negated ? -integer : integer;
+}
+
+Value TextValue(const LiteralToken& literal, const DataType& to, Purpose purpose, TextPool& pool) {
+  const DataType from = LiteralType(literal.kind);
+  const std::string_view text = literal.has_doubled_quotes ? pool.Keep(LiteralText(literal)) : literal.text;
+  return Convert(Value::Of(text), from, to, purpose, pool);
+}
+
+}  // namespace
+
+DataType LiteralType(LiteralKind kind) {
+  switch (kind) {
+    case LiteralKind::Integer:
+      return IntType();
+    case LiteralKind::Decimal:
+      return DecimalType(Decimal::kMaxDigits, 0);
+    case LiteralKind::Float:
+      return FloatType();
+    case LiteralKind::String:
+      return TextType(TypeKind::VarChar, kLongestText);
+    case LiteralKind::NationalString:
+      break;
+  }
+  return TextType(TypeKind::NVarChar, kLongestNational);
+}
+
+DataType MeasuredType(const LiteralToken& literal) {
+  switch (literal.kind) {
+    case LiteralKind::Integer:
+    case LiteralKind::Decimal: {
+      const std::string_view digits = WithoutLeadingZeros(literal.text);
+      const std::size_t point = std::min(digits.find('.'), digits.size());
+      const std::size_t places = point == digits.size() ? 0 : digits.size() - point - 1;
+      const std::size_t whole = digits.substr(0, point) == "0" && places > 0 ? 0 : point;
+      if (whole + places > Decimal::kMaxDigits) RefuseDigits(literal.text);
+      return DecimalType(static_cast<int>(std::max<std::size_t>(whole + places, 1)), static_cast<int>(places));
+    }
+    case LiteralKind::Float:
+      return FloatType();
+    case LiteralKind::String:
+    case LiteralKind::NationalString:
+      break;
+  }
+  DataType type = LiteralType(literal.kind);
+  const Text text = LiteralText(literal);
+  const bool national = literal.kind == LiteralKind::NationalString;
+  const std::size_t length = CountUnits(text, national);
+  type.length = length > static_cast<std::size_t>(type.length)
+                    ? DataType::kMaxLength
+                    : static_cast<int>(std::max<std::size_t>(length, 1));
+  return type;
+}
+
+Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, const DataType& to, Purpose purpose,
+                   TextPool& pool) {
+  if (literal.kind >= LiteralKind::String) return TextValue(literal, to, purpose, pool);
+  if (literal.kind == LiteralKind::Float) {
+    const double number = FloatOf(literal.text);
+    return Convert(Value::Of(negated ? -number : number), FloatType(), to, purpose, pool);
+  }
+  if (literal.kind == LiteralKind::Integer && !as_written && !IsText(to.kind)) {
+    const Value value = Value::Of(IntegerOf(literal.text, negated));
+    return to.kind == TypeKind::Int ? value : Convert(value, IntType(), to, purpose, pool);
+  }
+  if (IsText(to.kind)) {
+    const std::string_view digits = pool.Keep(PlainDigits(literal.text, negated));
+    return Convert(Value::Of(digits), TextType(TypeKind::VarChar, kLongestText), to, purpose, pool);
+  }
+  const Decimal number = DecimalOf(literal.text, negated);
+  if (as_written) return Value::Of(number);
+  return Convert(Value::Of(number), MeasuredType(literal), to, purpose, pool);
+}
+
+}  // namespace rebate::tsql

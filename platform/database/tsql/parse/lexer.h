@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "platform/automation/types.h"
+#include "platform/database/tsql/parse/tree.h"
+
+namespace rebate::tsql {
+
+enum class TokenKind : std::uint8_t { Word, QuotedName, Variable, Literal, Symbol, End };
+
+struct Token {
+  std::string_view
+      text;  // as in the batch; of a QuotedName and a string without the quotes (doubled ones stay doubled)
+  std::uint32_t offset = 0;   // in the batch, in bytes; of a QuotedName that of its opening quote
+  std::uint32_t literal = 0;  // of a Literal: its position among the literals of the batch
+  TokenKind kind = TokenKind::End;
+  LiteralKind literal_kind = LiteralKind::Integer;  // of a Literal
+};
+
+// A literal as it stands in a batch: of a string the inside of its quotes, with doubled quotes still doubled.
+struct LiteralToken {
+  LiteralKind kind;
+  std::string_view text;
+  bool has_doubled_quotes = false;
+};
+
+// The value of a string literal.
+Text LiteralText(const LiteralToken& literal);
+
+// What a batch is but for its literals, and its literals: one pass over the text, without comments and white space.
+// Words stand in the key as written, since a result's columns are named as the statement writes them; each literal
+// leaves only its kind. Two batches of one template parse to one tree, provided that the literals which the parser
+// reads itself (`Batch::fixed_literals`) are the same, too.
+struct BatchTemplate {
+  Text key;
+  std::vector<LiteralToken> literals;  // they point into the batch
+};
+
+// Reads the template of `batch` into `batch_template`, whose memory is used again. Raises the server's error for a
+// character or an unclosed quotation mark that can't stand there.
+void ReadTemplate(std::string_view batch, BatchTemplate& batch_template);
+
+// The tokens of `batch`, an End token last. Raises what ReadTemplate raises.
+std::vector<Token> Tokenize(std::string_view batch);
+
+// The name that a QuotedName token encloses, its doubled closing quotes made single.
+Text QuotedNameText(std::string_view batch, const Token& token);
+
+}  // namespace rebate::tsql

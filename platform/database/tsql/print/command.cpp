@@ -1,0 +1,179 @@
+#include "platform/database/tsql/print/command.h"
+
+#include <algorithm>
+
+#include "platform/database/tsql/bind/bind_expression.h"
+#include "platform/database/tsql/bind/meeting.h"
+#include "platform/database/tsql/eval/program.h"
+#include "platform/database/tsql/print/print_change.h"
+#include "platform/values/ascii.h"
+
+namespace rebate::tsql {
+namespace {
+
+Command Finished(BindContext& context, Command command) {
+  command.uses = std::move(context.uses);
+  command.fixed_literals = std::move(context.fixed_literals);
+  return command;
+}
+
+SqlText PrintStatement(const bound::Query& query) {
+  PrintState state;
+  SqlText sql;
+  PrintQuery(state, query, false, sql);
+  return Finish(state, std::move(sql));
+}
+
+void MakeSelectInto(const bound::Query& query, const SelectCore& core, Command& command) {
+  command.kind = Command::Kind::SelectInto;
+  command.draft = DraftInto(query, core, *core.into);
+  TableInfo target;
+  target.name = core.into->name;
+  target.temporary = target.name.starts_with('#');
+  command.sql << "INSERT INTO " << target.SqlName() << ' ' << PrintStatement(query);
+}
+
+// Whether a key of the table may come to hold, half way, what it holds at neither end.
+bool MovesKey(const bound::Change& change) {
+  const auto assigned = [&](const Text& name) {
+    return std::any_of(change.assignments.begin(), change.assignments.end(), [&](const bound::Assignment& assignment) {
+      return assignment.column && EqualsIgnoreCase(change.table->columns[*assignment.column].name, name);
+    });
+  };
+  return std::any_of(change.table->keys.begin(), change.table->keys.end(), [&](const KeyInfo& key) {
+    return key.IsUnique() && std::any_of(key.columns.begin(), key.columns.end(), assigned);
+  });
+}
+
+SqlText PrintOne(const bound::Expression& value) {
+  PrintState state;
+  SqlText sql;
+  sql << "SELECT ";
+  PrintValue(state, value, sql);
+  return Finish(state, std::move(sql));
+}
+
+Text PrintDefinition(const bound::Expression& expression) {
+  PrintState state;
+  state.in_definition = true;
+  SqlText sql;
+  PrintValue(state, expression, sql);
+  return sql.text;
+}
+
+}  // namespace
+
+Command MakeQuery(BindContext& context, const SelectStatement& statement) {
+  BindCommonTables(context, statement.with);
+  const SelectCore& core = statement.select->cores.front();
+  context.measures_texts = core.into.has_value();
+  const bound::QueryPtr query = BindSelect(context, *statement.select, nullptr, SelectPlace::Statement);
+  Command command;
+  if (core.into) {
+    MakeSelectInto(*query, core, command);
+  } else if (!query->cores.front().items.front().variable.empty()) {
+    command.kind = Command::Kind::Assign;
+    PrintAssigning(*query, command);
+  } else {
+    command.sql = PrintStatement(*query);
+    for (const bound::OutputColumn& column : query->columns) command.columns.push_back({column.name, column.type});
+  }
+  return Finished(context, std::move(command));
+}
+
+Command MakeInsert(BindContext& context, const Insert& insert) {
+  const bound::Insert bound_insert = BindInsert(context, insert);
+  Command command;
+  command.kind = Command::Kind::Insert;
+  command.target = bound_insert.table;
+  command.gives_identity = bound_insert.gives_identity;
+  command.sql = PrintInsert(bound_insert);
+  return Finished(context, std::move(command));
+}
+
+Command MakeUpdate(BindContext& context, const Update& update) {
+  const bound::Change change = BindUpdate(context, update);
+  Command command;
+  command.kind = Command::Kind::Change;
+  command.target = change.table;
+  command.row_by_row = std::any_of(change.assignments.begin(), change.assignments.end(),
+                                   [](const bound::Assignment& a) { return !a.variable.empty(); });
+  if (command.row_by_row || MovesKey(change)) command.rows = PrintRowUpdate(change);
+  if (!command.row_by_row) command.sql = PrintUpdate(change);
+  return Finished(context, std::move(command));
+}
+
+Command MakeDelete(BindContext& context, const Delete& statement) {
+  const bound::Change change = BindDelete(context, statement);
+  Command command;
+  command.kind = Command::Kind::Change;
+  command.target = change.table;
+  command.sql = PrintDelete(change);
+  return Finished(context, std::move(command));
+}
+
+Command MakeCondition(BindContext& context, const Expression& condition) {
+  Scope none;
+  const bound::ExpressionPtr bound_condition = BindCondition(context, none, condition);
+  Command command;
+  PrintState state;
+  SqlText sql;
+  sql << "SELECT 1 WHERE ";
+  PrintCondition(state, *bound_condition, sql);
+  command.sql = Finish(state, std::move(sql));
+  command.columns.push_back({{}, IntType()});
+  return Finished(context, std::move(command));
+}
+
+Command MakeAssignment(BindContext& context, const Expression& expression, const Text& variable,
+                       const DataType& type) {
+  Scope none;
+  const bound::ExpressionPtr value =
+      ConvertTo(context, BindValue(context, none, expression), type, Purpose::Cast);
+  Command command;
+  command.kind = Command::Kind::Assign;
+  if (auto row_value = ValueWithoutRow(*value, variable)) {
+    command.values.push_back(std::move(*row_value));
+    return Finished(context, std::move(command));
+  }
+  RowValue row_value;
+  row_value.variable = variable;
+  row_value.type = type;
+  row_value.program = "arg:0:" + TypeCode(type);
+  row_value.arguments.push_back({0});
+  command.values.push_back(std::move(row_value));
+  command.sql = PrintOne(*value);
+  command.columns.push_back({{}, type});
+  return Finished(context, std::move(command));
+}
+
+Command MakeValue(BindContext& context, const Expression& expression, const DataType& type) {
+  Scope none;
+  const bound::ExpressionPtr value =
+      ConvertTo(context, BindValue(context, none, expression), type, Purpose::Cast);
+  Command command;
+  command.sql = PrintOne(*value);
+  command.columns.push_back({{}, type});
+  return Finished(context, std::move(command));
+}
+
+TableDraft DraftTable(BindContext& context, const TableElements& elements, const ObjectName& name,
+                      const TableInfo* table) {
+  BoundElements bound_elements = BindElements(context, elements, name, table);
+  TableDraft draft;
+  draft.name = name;
+  draft.keys = std::move(bound_elements.keys);
+  for (BoundElements::Column& column : bound_elements.columns) {
+    if (column.value) {
+      Text& sql = column.draft.info.computed ? column.draft.computed_sql : column.draft.default_sql;
+      sql = PrintDefinition(*column.value);
+    }
+    draft.columns.push_back(std::move(column.draft));
+  }
+  for (const BoundElements::Check& check : bound_elements.checks) {
+    draft.checks.push_back({check.name, PrintDefinition(*check.condition), check.column});
+  }
+  return draft;
+}
+
+}  // namespace rebate::tsql

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <map>
+#include <set>
+
+#include "platform/database/tsql/print/sql_text.h"
+
+namespace rebate::tsql {
+
+// What the pieces of one statement's text share: how its sources are called, and what stands in front of it.
+struct PrintState {
+  // What SQLite calls a source. A source without a name here is the only one: its columns stand for themselves.
+  std::map<const bound::Source*, Text> aliases;
+  std::set<Text> used_names;
+  // A select that groups over a join takes its columns from an inner select: for each of its sources the list of the
+  // columns wanted from it so far, as the inner select writes them.
+  std::map<const bound::Source*, std::vector<Text>*> regrouped;
+  // Queries that stand in front of the statement under a name: common tables, and what is nested so deep that SQLite's
+  // parser would give up.
+  std::vector<std::pair<Text, SqlText>> in_front;
+  std::map<const bound::CommonTable*, Text> common_names;
+  // How a `getdate()` is written: in a definition as a function that the engine calls.
+  bool in_definition = false;
+  int query_depth = 0;
+};
+
+// ---- print_expression.cpp ----
+void PrintValue(PrintState& state, const bound::Expression& expression, SqlText& out);
+void PrintCondition(PrintState& state, const bound::Expression& expression, SqlText& out);
+// A value with the collation by which it is equal to others, or by which it sorts, where SQLite doesn't know it itself.
+enum class Collated { Equality, Order };
+void PrintCollated(PrintState& state, const bound::Expression& expression, Collated by, SqlText& out);
+// The name of the collation for values of the type; empty where they compare by themselves.
+std::string_view CollationOf(const DataType& type, Collated by);
+
+// The function of SQLite's that sums (`sum`) or averages (`avg`) for a result of the type.
+Text AggregateFunctionName(std::string_view aggregate, const DataType& type);
+
+// ---- print_calculation.cpp ----
+// The expression as one call of the calculating function, over those of its parts that only SQLite can tell.
+void PrintCalculation(PrintState& state, const bound::Expression& expression, SqlText& out);
+
+// A calculation outside of SQLite: the program, and what it takes from SQLite or from the runner.
+struct Calculation {
+  Text program;
+  std::vector<const bound::Expression*> arguments;
+  bool varies = false;  // the same arguments don't always give the same
+};
+Calculation MakeCalculation(const bound::Expression& expression);
+
+// ---- print_query.cpp ----
+// `named`: its columns are called c1, c2, ... and carry their collations.
+void PrintQuery(PrintState& state, const bound::Query& query, bool named, SqlText& out);
+// A query of one core with other items than its own.
+void PrintCore(PrintState& state, const bound::Query& query, std::vector<const bound::Expression*> items, SqlText& out);
+Text NewName(PrintState& state, std::string_view name);
+
+// ---- print_from.cpp ----
+// The sources of a from clause; what must hold between them beyond their own conditions goes to `conditions`.
+void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out,
+               std::vector<SqlText>& conditions);
+// `where` and the conditions, with ` WHERE ` in front; nothing where there are none.
+void PrintWhere(PrintState& state, const bound::ExpressionPtr& where, std::vector<SqlText> conditions, SqlText& out);
+
+// The whole statement: what stands in front of it, then itself.
+SqlText Finish(PrintState& state, SqlText statement);
+
+}  // namespace rebate::tsql
