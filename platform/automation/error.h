@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "platform/automation/error.h"
-#include "platform/automation/types.h"
 #include "platform/database/tsql/eval/value.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 
