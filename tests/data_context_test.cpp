@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/database/connection_pool.h"
+#include "platform/database/error_numbers.h"
 #include "platform/login/call_observer.h"
 #include "tests/error_of.h"
 

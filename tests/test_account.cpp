@@ -8,6 +8,7 @@
 #include "model/account_script.h"
 #include "platform/automation/conversion.h"
 #include "platform/database/connect.h"
+#include "platform/database/error_numbers.h"
 
 namespace rebate {
 namespace {

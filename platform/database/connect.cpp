@@ -2,6 +2,7 @@
 
 #include "platform/automation/error.h"
 #include "platform/database/embedded/embedded_account.h"
+#include "platform/database/error_numbers.h"
 #ifdef REBATE_HAS_ODBC
 #include "platform/database/odbc/odbc_account.h"
 #endif

@@ -3,6 +3,7 @@
 #include "platform/automation/error.h"
 #include "platform/database/connection_pool.h"
 #include "platform/database/connection_text.h"
+#include "platform/database/error_numbers.h"
 #include "platform/login/call_observer.h"
 
 namespace rebate {

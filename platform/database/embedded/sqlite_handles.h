@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/value.h"
 #include "platform/values/types.h"
 
