@@ -630,6 +630,8 @@ TEST(EvalAggregates, FitTheirType) {
       {AggregateKind::Sum, "bigint", "9223372036854775807|9223372036854775807|-9223372036854775807", "bigint",
        "9223372036854775807"},
       {AggregateKind::Sum, "bigint", "9223372036854775807|1", "bigint", Overflow("bigint")},
+      {AggregateKind::Sum, "bigint", "-9223372036854775808|-1|1", "bigint", "-9223372036854775808"},
+      {AggregateKind::Sum, "bigint", "-9223372036854775808|-9223372036854775808|1", "bigint", Overflow("bigint")},
       {AggregateKind::Avg, "int", "1|2|null", "int", "1"},
       {AggregateKind::Avg, "int", "-1|-2", "int", "-1"},
       {AggregateKind::Avg, "int", "2147483647|1", "int", Overflow("int")},

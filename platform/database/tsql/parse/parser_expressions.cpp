@@ -56,15 +56,22 @@ bool IsCondition(const Expression& expression) {
 }
 
 constexpr std::string_view kDatePartFunctions[] = {"dateadd", "datediff", "datediff_big", "datepart", "datename"};
-constexpr std::string_view kSystemVariables[] = {"@@identity", "@@rowcount",   "@@trancount", "@@error",   "@@version",
-                                                 "@@spid",     "@@servername", "@@datefirst", "@@language", "@@max_precision"};
+constexpr std::string_view kSystemVariables[] = {"@@identity", "@@rowcount",     "@@trancount",  "@@error",
+                                                 "@@version",  "@@spid",         "@@servername", "@@datefirst",
+                                                 "@@language", "@@max_precision"};
 // What a server tells besides.
-constexpr std::string_view kForeignSystemVariables[] = {
-    "@@connections",   "@@cpu_busy",         "@@cursor_rows",  "@@dbts",         "@@fetch_status",
-    "@@idle",          "@@io_busy",          "@@langid",       "@@lock_timeout", "@@max_connections",
-    "@@microsoftversion", "@@nestlevel",    "@@options",      "@@pack_received",
-    "@@pack_sent",     "@@packet_errors",    "@@procid",       "@@remserver",    "@@servicename",
-    "@@textsize",      "@@timeticks",        "@@total_errors", "@@total_read",   "@@total_write"};
+constexpr std::string_view kForeignSystemVariables[] = {"@@connections",      "@@cpu_busy",
+                                                        "@@cursor_rows",      "@@dbts",
+                                                        "@@fetch_status",     "@@idle",
+                                                        "@@io_busy",          "@@langid",
+                                                        "@@lock_timeout",     "@@max_connections",
+                                                        "@@microsoftversion", "@@nestlevel",
+                                                        "@@options",          "@@pack_received",
+                                                        "@@pack_sent",        "@@packet_errors",
+                                                        "@@procid",           "@@remserver",
+                                                        "@@servicename",      "@@textsize",
+                                                        "@@timeticks",        "@@total_errors",
+                                                        "@@total_read",       "@@total_write"};
 
 template <std::size_t Count>
 bool Contains(const std::string_view (&names)[Count], std::string_view name) {
