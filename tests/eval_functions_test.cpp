@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/aggregate.h"
 #include "platform/database/tsql/eval/function.h"
 #include "platform/database/tsql/eval/like.h"
