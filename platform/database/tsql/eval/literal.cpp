@@ -126,4 +126,19 @@ Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, c
   return Convert(Value::Of(number), MeasuredType(literal), to, purpose, pool);
 }
 
+std::optional<std::string_view> LiteralKey(const LiteralToken& literal, const DataType& type) {
+  const bool digits = literal.kind == LiteralKind::Integer || literal.kind == LiteralKind::Decimal;
+  if (type.kind != TypeKind::Decimal || !digits) return std::nullopt;
+  const std::string_view text = literal.text;
+  const std::size_t whole = std::min(text.find('.'), text.size());
+  const bool has_places = whole < text.size();
+  const std::size_t places = has_places ? text.size() - whole - 1 : 0;
+  const bool leading_zero = text.front() == '0' && whole > 1;
+  const bool trailing_zero = has_places && (places == 0 || text.back() == '0');
+  if (whole == 0 || leading_zero || trailing_zero) return std::nullopt;
+  const bool fits = whole <= static_cast<std::size_t>(type.precision - type.scale) || text == "0";
+  if (!fits || places > static_cast<std::size_t>(type.scale)) return std::nullopt;
+  return text;
+}
+
 }  // namespace rebate::tsql
