@@ -9,7 +9,7 @@
 #include <cstring>
 
 #include "model/account_script.h"
-#include "platform/login/data_source.h"
+#include "platform/database/connect.h"
 
 namespace rebate::bench {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "client/call_trace.h"
 #include "platform/automation/class_objects.h"
-#include "platform/login/data_source.h"
+#include "platform/database/connect.h"
 
 namespace rebate {
 namespace {

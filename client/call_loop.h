@@ -3,7 +3,7 @@
 #include <iosfwd>
 #include <optional>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -4,7 +4,8 @@
 #include "client/progress.h"
 #include "client/tool.h"
 #include "model/account_script.h"
-#include "platform/login/data_source.h"
+#include "platform/database/connect.h"
+#include "platform/database/connection_text.h"
 
 namespace rebate {
 namespace {
@@ -41,7 +42,7 @@ void FillAccount(Connection& connection, const std::vector<ScriptBatch>& batches
 void Init(const InitOptions& options, Tool& tool) {
   const DataSource source = DataSource::Parse(options.dsn);
   const std::vector<ScriptBatch> batches = BatchesOf(options);
-  const Text name = source.embedded ? source.path : WithoutPasswords(options.dsn);
+  const Text name = source.embedded ? source.path : WithoutSecrets(options.dsn);
   AccountSetup setup(source);
   {
     Progress progress(tool.err, tool.progress, "making " + name, batches.size());

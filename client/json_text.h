@@ -3,7 +3,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string_view>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

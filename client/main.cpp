@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "client/tool.h"
-#include "platform/login/data_source.h"
+#include "platform/database/connection_text.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ std::vector<std::string> TakeArguments(int argc, char** argv) {
   std::vector<std::string> arguments(argv, argv + argc);
   for (int i = 1; i < argc; ++i) {
     const std::string& argument = arguments[static_cast<std::size_t>(i)];
-    const std::string shown = rebate::WithoutPasswords(argument);
+    const std::string shown = rebate::WithoutSecrets(argument);
     if (shown == argument) continue;
     std::memset(argv[i], 0, argument.size());
     std::memcpy(argv[i], shown.data(), std::min(shown.size(), argument.size()));

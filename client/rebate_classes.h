@@ -3,9 +3,9 @@
 #include <optional>
 #include <vector>
 
-#include "platform/automation/types.h"
 #include "platform/containers/dictionary.h"
 #include "platform/containers/vector.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -8,7 +8,7 @@
 #include "model/account_script.h"
 #include "platform/automation/conversion.h"
 #include "platform/automation/error.h"
-#include "platform/login/data_source.h"
+#include "platform/database/connect.h"
 
 namespace rebate {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -8,6 +8,7 @@
 
 #include "platform/automation/conversion.h"
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 
 namespace rebate {
 namespace {

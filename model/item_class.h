@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 // The small codes of the account's item classes and of the organisations that a scheme names.
 namespace rebate::item_class {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 // The rebate classes that group the rebate types.
 namespace rebate::rebate_class {

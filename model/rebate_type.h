@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 // The rebate types: who earns the rebate, and how it is counted. A code stands as FRebateType with a scheme and as
 // FClassTypeID with ranges, rules and selections.

@@ -40,7 +40,7 @@ Ref<Dictionary> BaseInfoMgr::SaveOneSchemeData(const Text& sDsn, Ref<Dictionary>
     answer = New<Dictionary>();
     const SaveRequest request = ReadRequest(*SchemeConst, *SchemeMainData, AllRangesData, AllOrgsData, AllGridRows);
     if (FindConflicts(call, request, *answer)) {
-      call.Refuse();
+      call.Abort();
       return;
     }
     PersistScheme(call, request);

@@ -4,10 +4,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "platform/automation/types.h"
 #include "platform/containers/dictionary.h"
 #include "platform/database/connection.h"
 #include "platform/login/data_context.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 
@@ -42,8 +42,8 @@ class Call {
     connection_ = nullptr;
     context_.VoteComplete();
   }
-  // Casts the abort vote on a road that is no failure.
-  void Refuse() {
+  // Lets the connection go and casts the abort vote, on a road that is no failure: the result goes back as it stands.
+  void Abort() {
     connection_ = nullptr;
     context_.VoteAbort();
   }

@@ -3,6 +3,7 @@
 #include "platform/automation/class_objects.h"
 #include "platform/automation/conversion.h"
 #include "platform/automation/dispatch.h"
+#include "platform/database/error_numbers.h"
 #include "service/base_info_mgr.h"
 #include "service/component_classes.h"
 #include "service/rebate_rule_mgr.h"

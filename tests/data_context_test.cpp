@@ -10,8 +10,9 @@
 #include <thread>
 #include <vector>
 
+#include "platform/database/connection_pool.h"
+#include "platform/database/error_numbers.h"
 #include "platform/login/call_observer.h"
-#include "platform/login/connection_pool.h"
 #include "tests/error_of.h"
 
 namespace rebate {

@@ -1,7 +1,9 @@
-#include "platform/login/data_source.h"
+#include "platform/database/data_source.h"
 
 #include <gtest/gtest.h>
 
+#include "platform/database/connect.h"
+#include "platform/database/connection_text.h"
 #include "tests/error_of.h"
 
 namespace rebate {
@@ -86,7 +88,7 @@ TEST(DataSource, ShowsNoPassword) {
       {"PWD=;x;;PWD=a;;", "PWD=***;PWD=***"},
       {"Old Password=a;KeystoreSecret=b;x", "Old Password=***;KeystoreSecret=***"},
   };
-  for (const auto& one : kCases) EXPECT_EQ(WithoutPasswords(one.text), one.shown);
+  for (const auto& one : kCases) EXPECT_EQ(WithoutSecrets(one.text), one.shown);
 }
 
 #ifndef REBATE_HAS_ODBC

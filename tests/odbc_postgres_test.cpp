@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "platform/automation/conversion.h"
+#include "platform/database/connect.h"
 #include "platform/database/odbc/odbc_account.h"
 #include "platform/login/data_context.h"
-#include "platform/login/data_source.h"
 #include "tests/error_of.h"
 #include "tests/postgres_server.h"
 

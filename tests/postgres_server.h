@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 #include "tests/loopback.h"
 
 namespace rebate {

@@ -7,7 +7,8 @@
 
 #include "model/account_script.h"
 #include "platform/automation/conversion.h"
-#include "platform/login/data_source.h"
+#include "platform/database/connect.h"
+#include "platform/database/error_numbers.h"
 
 namespace rebate {
 namespace {

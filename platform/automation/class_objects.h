@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/automation/object.h"
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 
@@ -12,7 +12,7 @@ namespace rebate {
 using ClassFactory = std::function<ObjectRef()>;
 
 // Puts a class under its program identifier (compared without regard to case) for the whole process, in place of one
-// that stands there; a null factory takes it away. A host registers its own login components in this way.
+// that stands there; a null factory takes it away. A host registers its own components in this way.
 void RegisterClass(std::string_view program_id, ClassFactory factory);
 
 // Whether a class stands under the program identifier.

@@ -4,12 +4,12 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 
 // The one error that crosses the component's inside. `number` is what an automation client reads as the error's number:
-// a small positive number for the language's own errors, a negative one for those of the database.
+// a small positive number for the language's own errors, that of the library which raised it for others.
 struct Error : std::exception {
   Error(Long number_in, Text source_in, Text description_in)
       : number(number_in), source(std::move(source_in)), description(std::move(description_in)) {}
@@ -38,17 +38,6 @@ inline constexpr Long kArgumentCount = 450;      // too many or too few argument
 inline constexpr Long kElementNotFound = 32811;  // a key that a dictionary doesn't hold
 inline constexpr Long kNotImplemented = -2147467263;
 }  // namespace error_number
-
-// Numbers under which a database client sees a refused statement.
-namespace database_error {
-inline constexpr Long kStatement = -2147217900;   // syntax, unknown object, conversion
-inline constexpr Long kConstraint = -2147217873;  // a key, a Null, a check
-inline constexpr Long kConnection = -2147467259;  // lost, refused, or no account
-inline constexpr Long kTimeout = -2147217871;     // gave up waiting
-inline constexpr Long kClosed = 3704;             // a recordset without rows to stand on, or closed
-inline constexpr Long kNoCurrentRow = 3021;       // read or move past the end
-inline constexpr Long kNoSuchField = 3265;        // a field that the result doesn't have
-}  // namespace database_error
 
 [[noreturn]] inline void ThrowTypeMismatch() {
   throw Error(error_number::kTypeMismatch, "", "Type mismatch");

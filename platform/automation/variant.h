@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/automation/object.h"
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

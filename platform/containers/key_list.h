@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/automation/ref.h"
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

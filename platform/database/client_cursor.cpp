@@ -2,6 +2,7 @@
 
 #include "platform/automation/conversion.h"
 #include "platform/automation/dispatch.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/row_set.h"
 
 namespace rebate {

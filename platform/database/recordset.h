@@ -4,6 +4,7 @@
 
 #include "platform/automation/variant.h"
 #include "platform/containers/key_list.h"
+#include "platform/database/error_numbers.h"
 
 namespace rebate {
 

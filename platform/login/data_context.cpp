@@ -1,10 +1,10 @@
 #include "platform/login/data_context.h"
 
-#include <memory>
-
 #include "platform/automation/error.h"
+#include "platform/database/connection_pool.h"
+#include "platform/database/connection_text.h"
+#include "platform/database/error_numbers.h"
 #include "platform/login/call_observer.h"
-#include "platform/login/connection_pool.h"
 
 namespace rebate {
 namespace {
@@ -119,7 +119,7 @@ class PoolingContext : public DataContext {
   Ref<UserInfo> GetUserInfo() override { return New<LoggedInUser>(app_user_); }
 
   void Open(const Text& dsn) override {
-    if (CallObserver* observer = TheCallObserver()) observer->Opening(WithoutPasswords(dsn));
+    if (CallObserver* observer = TheCallObserver()) observer->Opening(WithoutSecrets(dsn));
     EndCall();
     const DataSource source = DataSource::Parse(dsn);
     connection_ = New<CallConnection>(pool_->Take(dsn, source));

@@ -1,9 +1,13 @@
 #pragma once
 
-#include "platform/automation/types.h"
+#include <memory>
+
 #include "platform/database/connection.h"
+#include "platform/values/types.h"
 
 namespace rebate {
+
+class ConnectionPool;
 
 // Who is logged in.
 class UserInfo : public RefCounted {
@@ -26,6 +30,9 @@ class DataContext : public RefCounted {
   // The call returns: work on which no complete vote was cast last is undone, and no lock stays behind.
   virtual void EndCall() noexcept = 0;
 };
+
+// A context whose connections come from the pool.
+Ref<DataContext> MakeDataContext(std::shared_ptr<ConnectionPool> pool);
 
 // The global application object: one per thread, made on first use.
 class GlobalApplication {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "platform/automation/object.h"
-#include "platform/automation/types.h"
 #include "platform/automation/variant.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -2,8 +2,8 @@
 
 #include <chrono>
 
-#include "platform/automation/types.h"
 #include "platform/database/connection.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

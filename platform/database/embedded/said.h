@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/automation/types.h"
+#include "platform/values/types.h"
 
 // What a text says by `raiserror` and `throw`.
 namespace rebate {

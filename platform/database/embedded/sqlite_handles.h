@@ -7,8 +7,9 @@
 #include <string_view>
 
 #include "platform/automation/error.h"
-#include "platform/automation/types.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/value.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/values/text.h"
 
 namespace rebate::odbc {

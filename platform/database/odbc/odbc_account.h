@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/automation/types.h"
 #include "platform/database/connection.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 
 namespace rebate::tsql {
 

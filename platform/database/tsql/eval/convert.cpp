@@ -1,6 +1,7 @@
 #include "platform/database/tsql/eval/convert.h"
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/convert_steps.h"
 #include "platform/values/number_text.h"
 

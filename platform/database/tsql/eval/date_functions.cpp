@@ -1,6 +1,7 @@
 #include <limits>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/function.h"
 #include "platform/values/ascii.h"
 #include "platform/values/calendar.h"

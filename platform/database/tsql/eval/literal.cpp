@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/values/text.h"
 
 namespace rebate::tsql {
@@ -27,9 +28,9 @@ Text PlainDigits(std::string_view digits, bool negated) {
 }
 
 [[noreturn]] void RefuseDigits(std::string_view digits) {
-  throw Error(database_error::kStatement, "",
-              "The number '" + Text(digits) +
-                  "' is out of the range for numeric representation (maximum precision 38).");
+  throw Error(
+      database_error::kStatement, "",
+      "The number '" + Text(digits) + "' is out of the range for numeric representation (maximum precision 38).");
 }
 
 Decimal DecimalOf(std::string_view digits, bool negated) {
@@ -44,9 +45,9 @@ double FloatOf(std::string_view digits) {
   // Of the numbers outside a float's range, those too small are 0.
   if (result.ec != std::errc::result_out_of_range) return number;
   if (digits.find('-') != std::string_view::npos) return 0;
-  throw Error(database_error::kStatement, "",
-              "The floating point value '" + Text(digits) +
-                  "' is out of the range of computer representation (8 bytes).");
+  throw Error(
+      database_error::kStatement, "",
+      "The floating point value '" + Text(digits) + "' is out of the range of computer representation (8 bytes).");
 }
 
 std::int64_t IntegerOf(std::string_view digits, bool negated) {
@@ -100,9 +101,8 @@ DataType MeasuredType(const LiteralToken& literal) {
   const Text text = LiteralText(literal);
   const bool national = literal.kind == LiteralKind::NationalString;
   const std::size_t length = CountUnits(text, national);
-  type.length = length > static_cast<std::size_t>(type.length)
-                    ? DataType::kMaxLength
-                    : static_cast<int>(std::max<std::size_t>(length, 1));
+  type.length = length > static_cast<std::size_t>(type.length) ? DataType::kMaxLength
+                                                               : static_cast<int>(std::max<std::size_t>(length, 1));
   return type;
 }
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 
 namespace rebate::tsql {
 namespace {

@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/folded_cursor.h"
 #include "platform/database/tsql/eval/function.h"
 #include "platform/database/tsql/eval/like.h"

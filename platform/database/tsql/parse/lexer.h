@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/automation/types.h"
 #include "platform/database/tsql/parse/tree.h"
+#include "platform/values/types.h"
 
 namespace rebate::tsql {
 

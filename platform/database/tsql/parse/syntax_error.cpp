@@ -4,6 +4,7 @@
 #include <array>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/values/ascii.h"
 
 namespace rebate::tsql {

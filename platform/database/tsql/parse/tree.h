@@ -6,8 +6,8 @@
 #include <variant>
 #include <vector>
 
-#include "platform/automation/types.h"
 #include "platform/database/tsql/data_types.h"
+#include "platform/values/types.h"
 
 // The tree of a batch of Transact-SQL. Names are kept as written, without brackets or double quotes; they compare
 // without regard to case. A literal is known by its position among the literals of the batch, in the order in which

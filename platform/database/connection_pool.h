@@ -1,13 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "platform/login/data_context.h"
-#include "platform/login/data_source.h"
+#include "platform/automation/ref.h"
+#include "platform/database/connect.h"
 
 namespace rebate {
 
@@ -42,8 +42,5 @@ class ConnectionPool {
   Connector connect_;
   std::vector<Ref<PooledConnection>> kept_;  // used last stands last
 };
-
-// A context whose connections come from the pool.
-Ref<DataContext> MakeDataContext(std::shared_ptr<ConnectionPool> pool);
 
 }  // namespace rebate

@@ -1,4 +1,4 @@
-#include "platform/login/connection_pool.h"
+#include "platform/database/connection_pool.h"
 
 #include <sys/stat.h>
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/values/types.h"
+
+namespace rebate {
+
+// A data source as its connection text names it: `Key=Value;Key=Value`, or the bare path of an embedded account.
+struct DataSource {
+  bool embedded = true;
+  Text path;             // of an embedded account
+  Text connection_text;  // for an ODBC driver, without our own keys
+  Long app_user = 1;     // the logged-in user's id
+
+  // Raises an error that says what is wrong with the text.
+  static DataSource Parse(std::string_view text);
+};
+
+}  // namespace rebate
