@@ -7,6 +7,7 @@
 
 #include "platform/automation/error.h"
 #include "platform/database/connection_text.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 namespace {
