@@ -256,10 +256,19 @@ Value BatchRunner::ParameterValue(const Parameter& parameter, tsql::TextPool& po
   return SystemValueOf(parameter, pool);
 }
 
+std::optional<std::string_view> BatchRunner::KeyOf(const Parameter& parameter) const {
+  if (parameter.source != Parameter::Source::Literal || parameter.literal.negated) return std::nullopt;
+  return LiteralKey(literals_[parameter.literal.index], parameter.type);
+}
+
 void BatchRunner::BindParameters(PreparedCommand& prepared, sqlite3_stmt* statement,
                                  const std::vector<Parameter>& parameters) {
   prepared.texts.Clear();
   for (std::size_t i = 0; i < parameters.size(); ++i) {
+    if (const auto key = KeyOf(parameters[i])) {
+      Bind(statement, static_cast<int>(i) + 1, *key);
+      continue;
+    }
     const Value value = ParameterValue(parameters[i], prepared.texts);
     const int index = static_cast<int>(i) + 1;
     if (value.kind == Value::Kind::Decimal) {

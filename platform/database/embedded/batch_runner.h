@@ -36,6 +36,8 @@ class BatchRunner {
   [[noreturn]] void RaiseFailure(PreparedCommand& prepared, sqlite3_stmt* statement, int result);
   void BindParameters(PreparedCommand& prepared, sqlite3_stmt* statement,
                       const std::vector<tsql::Parameter>& parameters);
+  // The text of an amount that is stored as it is written.
+  std::optional<std::string_view> KeyOf(const tsql::Parameter& parameter) const;
   tsql::Value ParameterValue(const tsql::Parameter& parameter, tsql::TextPool& pool);
   tsql::Value SystemValueOf(const tsql::Parameter& parameter, tsql::TextPool& pool);
 

@@ -19,15 +19,6 @@ std::string_view WithoutLeadingZeros(std::string_view digits) {
   return digits;
 }
 
-// The digits as they are written.
-Text PlainDigits(std::string_view digits, bool negated) {
-  digits = WithoutLeadingZeros(digits);
-  if (digits.ends_with('.')) digits.remove_suffix(1);
-  Text plain(negated ? "-" : "");
-  if (digits.starts_with('.') || digits.empty()) plain += '0';
-  return plain += digits;
-}
-
 [[noreturn]] void RefuseDigits(std::string_view digits) {
   throw Error(
       database_error::kStatement, "",
@@ -113,17 +104,28 @@ Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, c
     const double number = FloatOf(literal.text);
     return Convert(Value::Of(negated ? -number : number), FloatType(), to, purpose, pool);
   }
-  if (literal.kind == LiteralKind::Integer && !as_written && !IsText(to.kind)) {
+  if (literal.kind == LiteralKind::Integer && !as_written) {
     const Value value = Value::Of(IntegerOf(literal.text, negated));
     return to.kind == TypeKind::Int ? value : Convert(value, IntType(), to, purpose, pool);
-  }
-  if (IsText(to.kind)) {
-    const std::string_view digits = pool.Keep(PlainDigits(literal.text, negated));
-    return Convert(Value::Of(digits), TextType(TypeKind::VarChar, kLongestText), to, purpose, pool);
   }
   const Decimal number = DecimalOf(literal.text, negated);
   if (as_written) return Value::Of(number);
   return Convert(Value::Of(number), MeasuredType(literal), to, purpose, pool);
+}
+
+std::optional<std::string_view> LiteralKey(const LiteralToken& literal, const DataType& type) {
+  const bool digits = literal.kind == LiteralKind::Integer || literal.kind == LiteralKind::Decimal;
+  if (type.kind != TypeKind::Decimal || !digits) return std::nullopt;
+  const std::string_view text = literal.text;
+  const std::size_t whole = std::min(text.find('.'), text.size());
+  const bool has_places = whole < text.size();
+  const std::size_t places = has_places ? text.size() - whole - 1 : 0;
+  const bool leading_zero = text.front() == '0' && whole > 1;
+  const bool trailing_zero = has_places && (places == 0 || text.back() == '0');
+  if (whole == 0 || leading_zero || trailing_zero) return std::nullopt;
+  const bool fits = whole <= static_cast<std::size_t>(type.precision - type.scale) || text == "0";
+  if (!fits || places > static_cast<std::size_t>(type.scale)) return std::nullopt;
+  return text;
 }
 
 }  // namespace rebate::tsql

@@ -1,13 +1,11 @@
 #pragma once
 
+#include <optional>
+
 #include "platform/database/tsql/eval/convert.h"
 #include "platform/database/tsql/parse/lexer.h"
 
 namespace rebate::tsql {
-
-// A text literal of more bytes than this may be one of (max): batches with such a one in a place form a template of
-// their own.
-inline constexpr std::size_t kLongestPlainText = 4000;
 
 // The type that a literal of the kind has by itself; of a decimal and of a text one that holds any of the kind.
 DataType LiteralType(LiteralKind kind);
@@ -19,5 +17,9 @@ DataType MeasuredType(const LiteralToken& literal);
 // converting raises, and for a number outside of a float's range.
 Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, const DataType& to, Purpose purpose,
                    TextPool& pool);
+
+// The literal's own digits, where they are already what a decimal column of the type keeps of it; nothing for others.
+// Amounts mostly are, and needn't be read to be stored.
+std::optional<std::string_view> LiteralKey(const LiteralToken& literal, const DataType& type);
 
 }  // namespace rebate::tsql

@@ -221,8 +221,10 @@ class Scanner {
 };
 
 // A byte of the key that stands for a literal of the kind. No token begins with it, white space being dropped.
-char MarkerOf(LiteralKind kind) {
-  return static_cast<char>(1 + static_cast<int>(kind));
+char MarkerOf(LiteralKind kind, std::size_t size) {
+  constexpr int kKinds = 5;
+  const bool is_long = kind >= LiteralKind::String && size > kLongestPlainText;
+  return static_cast<char>(1 + static_cast<int>(kind) + (is_long ? kKinds : 0));
 }
 
 Text WithSingle(std::string_view text, char doubled) {
@@ -266,7 +268,7 @@ void ReadTemplate(std::string_view batch, BatchTemplate& batch_template) {
     if (lexeme.kind == TokenKind::Literal) {
       copy_piece();
       batch_template.literals.push_back({lexeme.literal_kind, lexeme.text, lexeme.doubled_quotes});
-      *out++ = MarkerOf(lexeme.literal_kind);
+      *out++ = MarkerOf(lexeme.literal_kind, lexeme.text.size());
       piece = lexeme.end;
       joinable = 0;
     } else {

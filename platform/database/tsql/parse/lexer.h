@@ -27,12 +27,16 @@ struct LiteralToken {
   bool has_doubled_quotes = false;
 };
 
+// A text literal of more bytes than this may be one of (max). Batches with such a one and with a shorter one in its
+// place are of two templates.
+inline constexpr std::size_t kLongestPlainText = 4000;
+
 // The value of a string literal.
 Text LiteralText(const LiteralToken& literal);
 
 // What a batch is but for its literals, and its literals: one pass over the text, without comments and white space.
 // Words stand in the key as written, since a result's columns are named as the statement writes them; each literal
-// leaves only its kind. Two batches of one template parse to one tree, provided that the literals which the parser
+// leaves only its kind, and of a text whether it is a long one. Two batches of one template parse to one tree, provided that the literals which the parser
 // reads itself (`Batch::fixed_literals`) are the same, too.
 struct BatchTemplate {
   Text key;
