@@ -97,7 +97,6 @@ TEST(Parser, ReadsTypes) {
   ExpectErrors({
       {"declare @a foo", "Cannot find data type foo."},
       {"declare @a nvarchar(5000)", "The size (5000) given exceeds the maximum allowed (4000)."},
-      {"declare @a varchar(9999999999)", "The size (9999999999) given exceeds the maximum allowed (8000)."},
       {"declare @a varchar(0)", "Length or precision 0 is invalid."},
       {"declare @a decimal(5,6)", "The scale (6) must be less than or equal to the precision (5)."},
       {"declare @a decimal(5,4294967296)", "The scale (4294967296) must be less than or equal to the precision (5)."},
