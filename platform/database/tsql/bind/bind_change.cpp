@@ -179,8 +179,9 @@ bound::Assignment BindAssignment(BindContext& context, Scope& scope, const Assig
     type = change.table->columns[*result.column].type;
   }
   if (!assignment.value) return result;
-  const Purpose purpose = result.column ? Purpose::Assign : Purpose::Cast;
-  result.value = ConvertTo(context, BindValue(context, scope, *assignment.value), type, purpose);
+  result.value = BindValue(context, scope, *assignment.value);
+  result.value = result.column ? ConvertTo(context, std::move(result.value), type, Purpose::Assign)
+                               : ConvertForVariable(context, std::move(result.value), type);
   return result;
 }
 
@@ -211,7 +212,7 @@ bound::Change BindUpdate(BindContext& context, const Update& update) {
   bound::Change change;
   Scope scope;
   BindTarget(context, update.target, update.from, scope, change);
-  scope.clause = Clause::Values;
+  scope.clause = Clause::Set;
   for (const Assignment& assignment : update.assignments) {
     change.assignments.push_back(BindAssignment(context, scope, assignment, change));
   }
