@@ -52,7 +52,10 @@ TEST_F(EmbeddedAnswersDialect, TablesGrow) {
           "<> 7)) insert into t_c (a) values (1) insert into t_c values (null, default, default) select a, b, c from t_c "
           "order by 1",
           "NULL,5,1.5;1,5,1.5"},
-         {"insert into t_c default values select count(*) from t_c", "3"}});
+         {"insert into t_c default values select count(*) from t_c", "3"},
+         {"delete from t_c insert into t_c (b, a) values (default, 2), (7, default), (default, default) select a, b, c "
+          "from t_c order by a, b",
+          "NULL,5,1.5;NULL,7,1.5;2,5,1.5"}});
   CheckRefused(
       {{"insert into t_s (FID, FSum) values (9, -1)",
         "The INSERT statement conflicted with the CHECK constraint \"CK_sum\". The conflict occurred in database "
@@ -72,6 +75,8 @@ TEST_F(EmbeddedAnswersDialect, TablesGrow) {
                  "once."},
                 {"alter table nosuch add a int",
                  "Cannot find the object \"nosuch\" because it does not exist or you do not have permissions."},
+                {"create table t_i (FID int identity) insert into t_i (FID) values (default)",
+                 "DEFAULT or NULL are not allowed as explicit identity values."},
                 {"create table t_s (a int)", "There is already an object named 't_s' in the database."},
                 {"alter table t_s add FNeed int not null",
                  "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
