@@ -17,43 +17,44 @@ class EmbeddedNumbers : public EmbeddedAnswers {
 };
 
 TEST_F(EmbeddedNumbers, DecimalsKeepAllTheirDigits) {
-  Check({{"select cast(FWide as varchar(60)), cast(FWhole as varchar(60)) from t_d order by FID",
-          "200000.0000000000,12345678901234567890123456789012345678;9999999999999999999999999999.9999999999,-1;-0."
-          "0000000001,0;0.1000000000,NULL"},
-         {"select FID from t_d where FWide = 200000", "1"},
-         {"select FID from t_d where FWide = 200000.0", "1"},
-         {"select FID from t_d where FWide = '200000.00'", "1"},
-         {"select FID from t_d where FWide = 2e5", "1"},
-         {"select FID from t_d where FWide = 9999999999999999999999999999.9999999999", "2"},
-         {"select FID from t_d where FWide = 9999999999999999999999999999.9999999998", ""},
-         {"select FID from t_d where FWhole = 12345678901234567890123456789012345678", "1"},
-         {"select FID from t_d where FWhole = 12345678901234567890123456789012345679", ""},
-         {"select FID from t_d where FRate = FText order by FID", "1;2;3"},
-         {"select FID from t_d where FRate = FReal order by FID", "1;2;3"},
-         {"select FID from t_d where FRate = FInt order by FID", "2"},
-         {"select FID from t_d where FRate > FInt order by FID", "3"},
-         {"select FID from t_d where FRate in (1.500, 9.99, 11) order by FID", "1;3"},
-         {"select FID from t_d where FRate between 9.985 and 10.0000 order by FID", "2;3"},
-         {"select FID from t_d where FRate not between 2 and 9.995 order by FID", "1;2"},
-         {"select FID from t_d order by FRate", "4;1;3;2"},
-         {"select FID from t_d order by FWide desc", "2;1;4;3"},
-         {"select FID from t_d order by FWide + 0", "3;4;1;2"},
-         {"select a.FID, b.FID from t_d a join t_d b on a.FRate = b.FWide * 100", "2,4"},
-         {"select min(FWide), max(FRate) from t_d", "-0.0000000001,10"},
-         {"select cast(sum(FWide) as varchar(60)) from t_d where FID in (1, 3, 4)", "200000.0999999999"},
-         {"select cast(avg(FRate) as varchar(60)), cast(sum(FRate) as varchar(60)) from t_d", "7.163333,21.49"},
-         {"select cast(sum(distinct v) as varchar(9)), count(distinct v) from (select 1.50 as v union all select 1.5 "
-          "union all select 2) x",
-          "3.50,2"},
-         {"select count(*) from (select 1.50 as v union select 1.5 union select 1.500) x", "1"},
-         {"select v, count(*) from (select cast(1.5 as decimal(9,4)) as v union all select 1.50 union all select 2.0) x "
-          "group by v order by v",
-          "1.5,2;2,1"},
-         {"select 1 where cast(10 as decimal(5,2)) > cast(9 as decimal(5,2)) and 10.0 > 9 and -10 < -9.5", "1"},
-         {"select 1 where 1.10 = 1.1 and 1.1 <> 1.11 and '1.10' = 1.1 and 1 = 1.000", "1"},
-         {"select cast(12345678901234567890.5 as varchar(60)), cast(.5 as varchar(9)), cast(5. as varchar(9)), "
-          "cast(007.50 as varchar(9)), cast(-0.0 as varchar(9))",
-          "12345678901234567890.5,0.5,5,7.50,0.0"}});
+  Check(
+      {{"select cast(FWide as varchar(60)), cast(FWhole as varchar(60)) from t_d order by FID",
+        "200000.0000000000,12345678901234567890123456789012345678;9999999999999999999999999999.9999999999,-1;-0."
+        "0000000001,0;0.1000000000,NULL"},
+       {"select FID from t_d where FWide = 200000", "1"},
+       {"select FID from t_d where FWide = 200000.0", "1"},
+       {"select FID from t_d where FWide = '200000.00'", "1"},
+       {"select FID from t_d where FWide = 2e5", "1"},
+       {"select FID from t_d where FWide = 9999999999999999999999999999.9999999999", "2"},
+       {"select FID from t_d where FWide = 9999999999999999999999999999.9999999998", ""},
+       {"select FID from t_d where FWhole = 12345678901234567890123456789012345678", "1"},
+       {"select FID from t_d where FWhole = 12345678901234567890123456789012345679", ""},
+       {"select FID from t_d where FRate = FText order by FID", "1;2;3"},
+       {"select FID from t_d where FRate = FReal order by FID", "1;2;3"},
+       {"select FID from t_d where FRate = FInt order by FID", "2"},
+       {"select FID from t_d where FRate > FInt order by FID", "3"},
+       {"select FID from t_d where FRate in (1.500, 9.99, 11) order by FID", "1;3"},
+       {"select FID from t_d where FRate between 9.985 and 10.0000 order by FID", "2;3"},
+       {"select FID from t_d where FRate not between 2 and 9.995 order by FID", "1;2"},
+       {"select FID from t_d order by FRate", "4;1;3;2"},
+       {"select FID from t_d order by FWide desc", "2;1;4;3"},
+       {"select FID from t_d order by FWide + 0", "3;4;1;2"},
+       {"select a.FID, b.FID from t_d a join t_d b on a.FRate = b.FWide * 100", "2,4"},
+       {"select min(FWide), max(FRate) from t_d", "-0.0000000001,10"},
+       {"select cast(sum(FWide) as varchar(60)) from t_d where FID in (1, 3, 4)", "200000.0999999999"},
+       {"select cast(avg(FRate) as varchar(60)), cast(sum(FRate) as varchar(60)) from t_d", "7.163333,21.49"},
+       {"select cast(sum(distinct v) as varchar(9)), count(distinct v) from (select 1.50 as v union all select 1.5 "
+        "union all select 2) x",
+        "3.50,2"},
+       {"select count(*) from (select 1.50 as v union select 1.5 union select 1.500) x", "1"},
+       {"select v, count(*) from (select cast(1.5 as decimal(9,4)) as v union all select 1.50 union all select 2.0) x "
+        "group by v order by v",
+        "1.5,2;2,1"},
+       {"select 1 where cast(10 as decimal(5,2)) > cast(9 as decimal(5,2)) and 10.0 > 9 and -10 < -9.5", "1"},
+       {"select 1 where 1.10 = 1.1 and 1.1 <> 1.11 and '1.10' = 1.1 and 1 = 1.000", "1"},
+       {"select cast(12345678901234567890.5 as varchar(60)), cast(.5 as varchar(9)), cast(5. as varchar(9)), "
+        "cast(007.50 as varchar(9)), cast(-0.0 as varchar(9))",
+        "12345678901234567890.5,0.5,5,7.50,0.0"}});
 }
 
 TEST_F(EmbeddedNumbers, KeysHoldOneOfEqualDecimals) {
@@ -122,13 +123,13 @@ TEST_F(EmbeddedNumbers, ResultsHaveTheDocumentedDigits) {
                {"cast(0.1e0 as decimal(38,20))", "38,20 0.10000000000000000000"},
                {"cast(1.005e0 as decimal(9,2))", "9,2 1.01"},
                {"cast(1 as bit) + 0.5", "3,1 1.5"}});
-  Check({{"select cast(v as varchar(20)) from (select 1.5 as v union all select 2.25 union all select 3) x order by v",
-          "1.50;2.25;3.00"},
-         {"declare @d decimal(5,1) set @d = 1.25 select cast(@d as varchar(9)), cast(@d * @d as varchar(9))",
-          "1.3,1.69"},
-         {"select cast(0.99999999999 as int), cast(-0.99 as int), cast(2.5 as bigint), cast(1.9e0 as int)", "0,0,2,1"},
-         {"select convert(decimal(9,1), '  2.55 '), convert(decimal(9,1), '+2.5'), convert(decimal(9,1), '-.5')",
-          "2.6,2.5,-0.5"}});
+  Check(
+      {{"select cast(v as varchar(20)) from (select 1.5 as v union all select 2.25 union all select 3) x order by v",
+        "1.50;2.25;3.00"},
+       {"declare @d decimal(5,1) set @d = 1.25 select cast(@d as varchar(9)), cast(@d * @d as varchar(9))", "1.3,1.69"},
+       {"select cast(0.99999999999 as int), cast(-0.99 as int), cast(2.5 as bigint), cast(1.9e0 as int)", "0,0,2,1"},
+       {"select convert(decimal(9,1), '  2.55 '), convert(decimal(9,1), '+2.5'), convert(decimal(9,1), '-.5')",
+        "2.6,2.5,-0.5"}});
 }
 
 TEST_F(EmbeddedNumbers, RefusesWhatDecimalsCannotHold) {
@@ -182,7 +183,8 @@ TEST_F(EmbeddedNumbers, MoneyHasFourPlaces) {
           "5,NULL;12.3457,214748.3647"},
          {"select a * 2 from t_m where b = 214748.3647", "24.6914"}});
   CheckRefused(
-      {{"select cast(922337203685477.5808 as money)", "Arithmetic overflow error converting numeric to data type money."},
+      {{"select cast(922337203685477.5808 as money)",
+        "Arithmetic overflow error converting numeric to data type money."},
        {"select cast(214749 as smallmoney)", "Arithmetic overflow error converting int to data type smallmoney."},
        {"select cast('x' as money)", "Cannot convert a char value to money. The char value has incorrect syntax."},
        {"select cast(922337203685477 as money) * 2",
@@ -194,7 +196,8 @@ TEST_F(EmbeddedNumbers, FloatsAreBinary) {
   Check({{"select 1 where 0.1e0 + 0.2e0 = 0.3e0", ""},
          {"select 1 where cast(0.1 as real) = 0.1e0", ""},
          {"select 1 where cast(0.1 as real) = cast(0.1e0 as real)", "1"},
-         {"select cast(0.1 as real) + cast(0.2 as real), cast(cast(16777217 as real) as varchar(20))", "0.3,1.67772e+007"},
+         {"select cast(0.1 as real) + cast(0.2 as real), cast(cast(16777217 as real) as varchar(20))",
+          "0.3,1.67772e+007"},
          {"select cast(1e0/3 as varchar(30)), cast(123456789e0 as varchar(30)), cast(1e-5 as varchar(30))",
           "0.333333,1.23457e+008,1e-005"},
          {"select convert(varchar(30), 1e0/3, 1), convert(varchar(30), 1e0/3, 2)",
@@ -204,8 +207,7 @@ TEST_F(EmbeddedNumbers, FloatsAreBinary) {
          {"select round(2.5e0, 0), round(-1234.567e0, 1, 1), round(1234e0, -2)", "3,-1234.5,1200"},
          {"select isnumeric(null), isnumeric('+'), isnumeric('1e5'), isnumeric('$1'), isnumeric('a'), isnumeric('')",
           "0,1,1,1,0,0"},
-         {"select degrees(pi()), degrees(1), round(degrees(1.0), 12)",
-          "180,57,57.295779513082"}});
+         {"select degrees(pi()), degrees(1), round(degrees(1.0), 12)", "180,57,57.295779513082"}});
   CheckRefused({{"select 1e308 * 10", "Arithmetic overflow error converting expression to data type float."},
                 {"select -1e308 - 1e308", "Arithmetic overflow error converting expression to data type float."},
                 {"select exp(1000)", "Arithmetic overflow error converting expression to data type float."},
@@ -242,23 +244,29 @@ TEST_F(EmbeddedNumbers, IntegersStayInTheirRange) {
        {"select abs(cast(-9223372036854775808 as bigint))", bigint_overflow},
        {"select cast(-9223372036854775808 as bigint) / -1", bigint_overflow},
        {"update t_i set l = 9223372036854775808", "Arithmetic overflow error converting numeric to data type bigint."},
-       {"select t + cast(1 as tinyint) from t_i", "Arithmetic overflow error converting expression to data type "
-                                                  "tinyint."},
-       {"select cast(0 as tinyint) - t from t_i", "Arithmetic overflow error converting expression to data type "
-                                                  "tinyint."},
-       {"select s - cast(1 as smallint) from t_i", "Arithmetic overflow error converting expression to data type "
-                                                   "smallint."},
+       {"select t + cast(1 as tinyint) from t_i",
+        "Arithmetic overflow error converting expression to data type "
+        "tinyint."},
+       {"select cast(0 as tinyint) - t from t_i",
+        "Arithmetic overflow error converting expression to data type "
+        "tinyint."},
+       {"select s - cast(1 as smallint) from t_i",
+        "Arithmetic overflow error converting expression to data type "
+        "smallint."},
        {"update t_i set t = 256", "Arithmetic overflow error for data type tinyint, value = 256."},
        {"update t_i set t = -1", "Arithmetic overflow error for data type tinyint, value = -1."},
        {"update t_i set s = i", "Arithmetic overflow error for data type smallint, value = 2147483647."},
        {"update t_i set i = 3000000000", int_overflow},
        {"update t_i set i = l", int_overflow},
-       {"update t_i set t = '256'", "The conversion of the varchar value '256' overflowed an INT1 column. Use a larger "
-                                    "integer column."},
-       {"update t_i set s = '40000'", "The conversion of the varchar value '40000' overflowed an INT2 column. Use a "
-                                      "larger integer column."},
-       {"update t_i set i = '3000000000'", "The conversion of the varchar value '3000000000' overflowed an int "
-                                           "column."},
+       {"update t_i set t = '256'",
+        "The conversion of the varchar value '256' overflowed an INT1 column. Use a larger "
+        "integer column."},
+       {"update t_i set s = '40000'",
+        "The conversion of the varchar value '40000' overflowed an INT2 column. Use a "
+        "larger integer column."},
+       {"update t_i set i = '3000000000'",
+        "The conversion of the varchar value '3000000000' overflowed an int "
+        "column."},
        {"select cast('99999999999999999999' as bigint)", "Error converting data type varchar to bigint."},
        {"select cast('1.5' as int)", "Conversion failed when converting the varchar value '1.5' to data type int."},
        {"select 1 % 0", "Divide by zero error encountered."},
@@ -274,7 +282,8 @@ TEST_F(EmbeddedNumbers, IntegersStayInTheirRange) {
          {"select cast(sum(cast(i as bigint)) as varchar(20)) from (select i from t_i union all select i from t_i) x",
           "4294967294"},
          {"select -t from t_i", "-255"},
-         {"select cast('true' as bit), cast('0' as bit), cast(0.1 as bit), cast('FALSE' as bit)", "True,False,True,False"}});
+         {"select cast('true' as bit), cast('0' as bit), cast(0.1 as bit), cast('FALSE' as bit)",
+          "True,False,True,False"}});
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ TEST_F(EmbeddedStatements, SelectsAssignRowByRow) {
          {"declare @n decimal(9,2) set @n = 0 select @n = @n + FSum / 4.0 from t_s select @n", "15"},
          {"declare @a int, @b int select @a = 1, @b = @a + 1 select @a, @b", "1,2"},
          {"declare @a int, @b int set @a = 5 select @b = @a, @a = 7 select @a, @b", "7,5"},
-         {"declare @a int set @a = 5 select @a = FID from t_s where FID > 9 select @a, @@rowcount", "5,1"},
+         {"declare @a int set @a = 5 select @a = FID from t_s where FID > 9 select @a, @@rowcount", "5,0"},
          {"declare @a int set @a = 5 set @a = (select FID from t_s where FID > 9) select @a", "NULL"},
          {"declare @a int, @n int select @a = FSum from t_s order by FID set @n = @@rowcount select @a, @n", "30,3"},
          {"declare @a int select @a = count(*) from t_s select @a", "3"},
@@ -102,36 +102,37 @@ TEST_F(EmbeddedStatements, TopTakesWhatItSays) {
          {"delete top (1) from t_s where FSum = 0 select count(*) from t_s", "2"},
          {"delete top (50) percent from t_s select count(*) from t_s", "1"},
          {"insert top (2) into t_s select FID + 10, FNote, 1 from t_o select count(*) from t_s", "3"}});
-  CheckRefused({{"select top (-1) FID from t_s", "A TOP N or FETCH rowcount value may not be negative."},
-                {"declare @n int set @n = -2 delete top (@n) from t_s",
-                 "A TOP N or FETCH rowcount value may not be negative."},
-                {"select top (101) percent FID from t_s", "Percent values must be between 0 and 100."},
-                {"select top ('x') FID from t_s",
-                 "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."}});
+  CheckRefused(
+      {{"select top (-1) FID from t_s", "A TOP N or FETCH rowcount value may not be negative."},
+       {"declare @n int set @n = -2 delete top (@n) from t_s", "A TOP N or FETCH rowcount value may not be negative."},
+       {"select top (101) percent FID from t_s", "Percent values must be between 0 and 100."},
+       {"select top ('x') FID from t_s",
+        "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."}});
 }
 
 TEST_F(EmbeddedStatements, KeysAreCheckedAtTheEnd) {
-  Check({{"update t_s set FID = FID + 1 select FID, FName from t_s order by FID", "2,a;3,b;4,c"},
-         {"update t_s set FID = FID - 1 select FID, FName from t_s order by FID", "1,a;2,b;3,c"},
-         {"update t_s set FID = case FID when 1 then 2 when 2 then 1 else FID end select FID, FName from t_s order by "
-          "FID",
-          "1,b;2,a;3,c"},
-         {"update t_s set FID = 4 - FID, FSum = FSum + FID select FID, FName, FSum from t_s order by FID",
-          "1,c,33;2,a,12;3,b,21"},
-         {"declare @n int set @n = 0 update t_s set @n = FSum = FSum + FID where FID = 1 select @n, (select FSum from "
-          "t_s where FID = 1)",
-          "34,34"},
-         {"declare @n int update t_s set @n = FID where FName = 'a' select @n, @@rowcount", "2,1"},
-         {"declare @n int set @n = 0 update t_s set @n = @n + 1, FSum = @n select FSum from t_s order by FID",
-          "1;2;3"},
-         {"update s set FName = o.FNote from t_s s join t_o o on o.FSID = s.FID where o.FID = 3 select FName from t_s "
-          "order by FID",
-          "c;z;b"},
-         {"delete s from t_s s join t_o o on o.FSID = s.FID where o.FNote = 'z' select count(*) from t_s", "2"}});
+  Check(
+      {{"update t_s set FID = FID + 1 select FID, FName from t_s order by FID", "2,a;3,b;4,c"},
+       {"update t_s set FID = FID - 1 select FID, FName from t_s order by FID", "1,a;2,b;3,c"},
+       {"update t_s set FID = case FID when 1 then 2 when 2 then 1 else FID end select FID, FName from t_s order by "
+        "FID",
+        "1,b;2,a;3,c"},
+       {"update t_s set FID = 4 - FID, FSum = FSum + FID select FID, FName, FSum from t_s order by FID",
+        "1,c,33;2,a,12;3,b,21"},
+       {"declare @n int set @n = 0 update t_s set @n = FSum = FSum + FID where FID = 1 select @n, (select FSum from "
+        "t_s where FID = 1)",
+        "34,34"},
+       {"declare @n int update t_s set @n = FID where FName = 'a' select @n, @@rowcount", "2,1"},
+       {"declare @n int set @n = 0 update t_s set @n = @n + 1, FSum = @n select sum(FSum), max(FSum) from t_s", "6,3"},
+       {"update s set FName = o.FNote from t_s s join t_o o on o.FSID = s.FID where o.FID = 3 select FName from t_s "
+        "order by FID",
+        "c;z;b"},
+       {"delete s from t_s s join t_o o on o.FSID = s.FID where o.FNote = 'z' select count(*) from t_s", "2"}});
   CheckRefused({{"update s set o.FNote = 'q' from t_s s join t_o o on o.FSID = s.FID",
                  "The multi-part identifier \"o.FNote\" could not be bound."}});
-  CheckRefused({{"update t_s set FID = 1", "Violation of PRIMARY KEY constraint 'PK_t_s'. Cannot insert duplicate key in "
-                                           "object 'dbo.t_s'."},
+  CheckRefused({{"update t_s set FID = 1",
+                 "Violation of PRIMARY KEY constraint 'PK_t_s'. Cannot insert duplicate key in "
+                 "object 'dbo.t_s'."},
                 {"update t_s set FID = null",
                  "Cannot insert the value NULL into column 'FID', table 'account.dbo.t_s'; column does not allow "
                  "nulls. UPDATE fails."}},
@@ -156,8 +157,7 @@ TEST_F(EmbeddedStatements, UniqueKeysHoldOneNull) {
         "Violation of UNIQUE KEY constraint 'UQ_c'. Cannot insert duplicate key in object 'dbo.t_u'."},
        {"insert into t_w values (null, 1)",
         "Cannot insert duplicate key row in object 'dbo.t_w' with unique index 'IX_w'."},
-       {"update t_w set b = null",
-        "Cannot insert duplicate key row in object 'dbo.t_w' with unique index 'IX_w'."}},
+       {"update t_w set b = null", "Cannot insert duplicate key row in object 'dbo.t_w' with unique index 'IX_w'."}},
       database_error::kConstraint);
   Check({{"select count(*) from t_u", "3"}, {"select count(*) from t_w", "2"}});
 }
@@ -196,17 +196,16 @@ TEST_F(EmbeddedStatements, TypesMeetByPrecedence) {
          {"select 1 where '10' > 9 and '10' < '9' and 1.0 = '1' and '2026-01-02' = cast('20260102' as datetime)", "1"},
          {"select 1 + '2', '1' + '2', 1 + 1.5, '1.5' + 1.25, 5 / 2, 5 / 2., 5 / 2e0", "3,12,2.5,2.75,2,2.5,2.5"},
          {"select v from (select 1 as v union all select '2') x order by v desc", "2;1"},
-         {"select isnull(1, 2.7), isnull('ab', 12345), coalesce(1, 2.5)", "1,12345,1"},
+         {"select isnull(1, 2.7), isnull('ab', 12345), coalesce(1, 2.5)", "1,ab,1"},
          {"select coalesce(null, 'x', 'y'), coalesce(cast(null as int), '7') + 1", "x,8"}});
-  CheckRefused({{"select case when 1 = 1 then 'x' else 2 end",
-                 "Conversion failed when converting the varchar value 'x' to data type int."},
-                {"select 1 union all select 'x'",
-                 "Conversion failed when converting the varchar value 'x' to data type int."},
-                {"select coalesce('x', 1)",
-                 "Conversion failed when converting the varchar value 'x' to data type int."},
-                {"select 'x' * 2", "Conversion failed when converting the varchar value 'x' to data type int."},
-                {"select 'x' * 'y'", "The data types varchar and varchar are incompatible in the multiply operator."},
-                {"select 'a' - 'b'", "The data types varchar and varchar are incompatible in the subtract operator."}});
+  CheckRefused(
+      {{"select case when 1 = 1 then 'x' else 2 end",
+        "Conversion failed when converting the varchar value 'x' to data type int."},
+       {"select 1 union all select 'x'", "Conversion failed when converting the varchar value 'x' to data type int."},
+       {"select coalesce('x', 1)", "Conversion failed when converting the varchar value 'x' to data type int."},
+       {"select 'x' * 2", "Conversion failed when converting the varchar value 'x' to data type int."},
+       {"select 'x' * 'y'", "Operand data type varchar is invalid for multiply operator."},
+       {"select 'a' - 'b'", "Operand data type varchar is invalid for subtract operator."}});
 }
 
 TEST_F(EmbeddedStatements, LeftJoinsGiveNulls) {
@@ -225,7 +224,8 @@ TEST_F(EmbeddedStatements, LeftJoinsGiveNulls) {
 TEST_F(EmbeddedStatements, IdentityInsertEndsWithItsTable) {
   Run("create table t_i (FID int identity(1,1) primary key, a int)");
   Run("create table t_k (FID int identity(1,1) primary key, a int)");
-  const char* off = "Cannot insert explicit value for identity column in table 't_i' when IDENTITY_INSERT is set to OFF.";
+  const char* off =
+      "Cannot insert explicit value for identity column in table 't_i' when IDENTITY_INSERT is set to OFF.";
   CheckRefused({{"insert into t_i (FID, a) values (1, 1)", off}});
   Run("set identity_insert t_i on insert into t_i (FID, a) values (7, 1)");
   Run("set identity_insert t_i on");
@@ -237,9 +237,10 @@ TEST_F(EmbeddedStatements, IdentityInsertEndsWithItsTable) {
                  "set to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column."}});
   Run("drop table t_i create table t_i (FID int identity(1,1) primary key, a int)");
   CheckRefused({{"insert into t_i (FID, a) values (1, 1)", off}});
-  Check({{"set identity_insert t_k on insert into t_k (FID, a) values (3, 1) set identity_insert t_k off insert into "
-          "t_k (a) values (2) select FID from t_k order by FID",
-          "3;4"}});
+  Check(
+      {{"set identity_insert t_k on insert into t_k (FID, a) values (3, 1) set identity_insert t_k off insert into "
+        "t_k (a) values (2) select FID from t_k order by FID",
+        "3;4"}});
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ struct BatchRunner::Visitor {
   Flow operator()(const tsql::AlterTableAdd& node) {
     return Define([&] {
       AccountCatalog& catalog = runner.session_.catalog();
-      const tsql::TablePtr table = FindObject(catalog, node.table);
+      const tsql::TablePtr table = catalog.Find(node.table);
       catalog.Add(Draft(node.elements, node.table, table.get()));
     });
   }

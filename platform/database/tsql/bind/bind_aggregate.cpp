@@ -46,9 +46,10 @@ void CheckPlace(Scope& scope) {
     RefuseStatement("Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
                     "clause.");
   }
-  if (scope.clause == Clause::Values) {
-    RefuseStatement("An aggregate may not appear in the set list of an UPDATE statement or in a VALUES list.");
+  if (scope.clause == Clause::Set) {
+    RefuseStatement("An aggregate may not appear in the set list of an UPDATE statement.");
   }
+  if (scope.clause == Clause::Values) RefuseUnsupported("aggregate outside of a query");
 }
 
 bound::ExpressionPtr BindArgument(BindContext& context, Scope& scope, const Expression& argument) {

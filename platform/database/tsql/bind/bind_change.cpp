@@ -67,19 +67,6 @@ std::vector<std::size_t> InsertColumns(const Insert& insert, const TableInfo& ta
   return columns;
 }
 
-// A column that is left to its default in all rows drops out.
-void DropDefaults(const Insert& insert, bound::Insert& result) {
-  for (std::size_t i = result.columns.size(); i-- > 0;) {
-    const auto is_default = [i](const auto& row) { return row[i] == nullptr; };
-    if (std::none_of(insert.rows.begin(), insert.rows.end(), is_default)) continue;
-    if (!std::all_of(insert.rows.begin(), insert.rows.end(), is_default)) {
-      RefuseUnsupported("DEFAULT in some rows of a VALUES clause and not in all");
-    }
-    result.columns.erase(result.columns.begin() + static_cast<std::ptrdiff_t>(i));
-    for (auto& row : result.rows) row.erase(row.begin() + static_cast<std::ptrdiff_t>(i));
-  }
-}
-
 void BindRows(BindContext& context, const Insert& insert, bound::Insert& result) {
   Scope scope;
   for (const auto& row : insert.rows) {
@@ -88,12 +75,14 @@ void BindRows(BindContext& context, const Insert& insert, bound::Insert& result)
     }
     std::vector<bound::ExpressionPtr>& values = result.rows.emplace_back();
     for (std::size_t i = 0; i < row.size(); ++i) {
-      const DataType& type = result.table->columns[result.columns[i]].type;
-      values.push_back(row[i] ? ConvertTo(context, BindValue(context, scope, *row[i]), type, Purpose::Assign)
+      const ColumnInfo& column = result.table->columns[result.columns[i]];
+      if (!row[i] && column.identity) {
+        RefuseStatement("DEFAULT or NULL are not allowed as explicit identity values.");
+      }
+      values.push_back(row[i] ? ConvertTo(context, BindValue(context, scope, *row[i]), column.type, Purpose::Assign)
                               : nullptr);
     }
   }
-  DropDefaults(insert, result);
 }
 
 void BindInsertSelect(BindContext& context, const Insert& insert, bound::Insert& result) {
@@ -179,8 +168,9 @@ bound::Assignment BindAssignment(BindContext& context, Scope& scope, const Assig
     type = change.table->columns[*result.column].type;
   }
   if (!assignment.value) return result;
-  const Purpose purpose = result.column ? Purpose::Assign : Purpose::Cast;
-  result.value = ConvertTo(context, BindValue(context, scope, *assignment.value), type, purpose);
+  result.value = BindValue(context, scope, *assignment.value);
+  result.value = result.column ? ConvertTo(context, std::move(result.value), type, Purpose::Assign)
+                               : ConvertForVariable(context, std::move(result.value), type);
   return result;
 }
 
@@ -211,7 +201,7 @@ bound::Change BindUpdate(BindContext& context, const Update& update) {
   bound::Change change;
   Scope scope;
   BindTarget(context, update.target, update.from, scope, change);
-  scope.clause = Clause::Values;
+  scope.clause = Clause::Set;
   for (const Assignment& assignment : update.assignments) {
     change.assignments.push_back(BindAssignment(context, scope, assignment, change));
   }

@@ -24,7 +24,7 @@ bound::FromPtr Leaf(const bound::Source* source) {
 // a name that comes twice.
 void NameColumns(std::vector<bound::OutputColumn>& columns, const std::vector<Text>& names, const Text& table) {
   if (!names.empty() && names.size() != columns.size()) {
-    RefuseStatement("'" + table + "' has " + (names.size() > columns.size() ? "more" : "fewer") +
+    RefuseStatement("'" + table + "' has " + (names.size() > columns.size() ? "fewer" : "more") +
                     " columns than were specified in the column list.");
   }
   for (std::size_t i = 0; i < columns.size(); ++i) {

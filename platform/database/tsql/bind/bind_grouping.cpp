@@ -5,6 +5,8 @@
 namespace rebate::tsql {
 namespace {
 
+constexpr std::string_view kOrderBy = "ORDER BY clause";
+
 class GroupingCheck {
  public:
   GroupingCheck(BindContext& context, const bound::Core& core) : context_(context), core_(core) {}
@@ -36,8 +38,10 @@ class GroupingCheck {
   void CheckColumn(const bound::Column& column, std::string_view clause) {
     const auto own = [&](const bound::SourcePtr& source) { return source.get() == column.source; };
     if (std::none_of(core_.sources.begin(), core_.sources.end(), own)) return;
-    RefuseStatement("Column '" + column.source->name + '.' + column.source->columns[column.index].name +
-                    "' is invalid in the " + Text(clause) +
+    const char quote = clause == kOrderBy ? '"' : '\'';
+    const Text& table = column.source->table ? column.source->table->name : column.source->name;
+    RefuseStatement("Column " + (quote + table) + '.' + column.source->columns[column.index].name + quote +
+                    " is invalid in the " + Text(clause) +
                     " because it is not contained in either an aggregate function or the GROUP BY clause.");
   }
 
@@ -64,7 +68,7 @@ void CheckGrouping(BindContext& context, const bound::Core& core, const std::vec
   for (const bound::Item& item : core.items) check.Check(*item.value, "select list");
   if (core.having) check.Check(*core.having, "HAVING clause");
   for (const bound::OrderKey& key : order_by) {
-    if (key.value) check.Check(*key.value, "ORDER BY clause");
+    if (key.value) check.Check(*key.value, kOrderBy);
   }
 }
 

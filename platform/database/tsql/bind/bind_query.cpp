@@ -45,7 +45,7 @@ void BindStar(Scope& scope, const SelectItem& item, bound::Core& core, std::vect
 bound::ExpressionPtr BindAssigned(BindContext& context, bound::ExpressionPtr value, const Text& variable) {
   const auto found = context.variables.find(LowerKey(variable));
   if (found == context.variables.end()) RefuseStatement("Must declare the scalar variable \"" + variable + "\".");
-  return ConvertTo(context, std::move(value), found->second, Purpose::Cast);
+  return ConvertForVariable(context, std::move(value), found->second);
 }
 
 void BindItems(BindContext& context, Scope& scope, const SelectCore& tree, bound::Core& core,
@@ -63,6 +63,19 @@ void BindItems(BindContext& context, Scope& scope, const SelectCore& tree, bound
   }
 }
 
+bound::ExpressionPtr BindGroup(BindContext& context, Scope& scope, const Expression& expression) {
+  scope.own_columns = false;
+  bound::ExpressionPtr group = BindValue(context, scope, expression);
+  if (!scope.own_columns) {
+    RefuseStatement("Each GROUP BY expression must contain at least one column that is not an outer reference.");
+  }
+  if (group->has_query) {
+    RefuseStatement("Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
+                    "clause.");
+  }
+  return group;
+}
+
 bound::Core BindCore(BindContext& context, const SelectCore& tree, Scope& scope,
                      std::vector<bound::OutputColumn>& columns) {
   bound::Core core;
@@ -72,7 +85,7 @@ bound::Core BindCore(BindContext& context, const SelectCore& tree, Scope& scope,
   scope.clause = Clause::Where;
   if (tree.where) core.where = BindCondition(context, scope, *tree.where);
   scope.clause = Clause::GroupBy;
-  for (const auto& group : tree.group_by) core.group_by.push_back(BindValue(context, scope, *group));
+  for (const auto& group : tree.group_by) core.group_by.push_back(BindGroup(context, scope, *group));
   BindItems(context, scope, tree, core, columns);
   scope.clause = Clause::Having;
   if (tree.having) core.having = BindCondition(context, scope, *tree.having);
@@ -138,7 +151,7 @@ void CheckOrderPlace(const Select& select, SelectPlace place) {
   if (select.cores.size() == 1 && select.cores.front().top) return;
   RefuseStatement(
       "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table "
-      "expressions, unless TOP or FOR XML is also specified.");
+      "expressions, unless TOP, OFFSET or FOR XML is also specified.");
 }
 
 bool IsGrouped(const bound::Core& core, const Scope& scope) {

@@ -240,7 +240,7 @@ struct Query {
 struct Insert {
   TablePtr table;
   std::vector<std::size_t> columns;               // of the table, to which the values go
-  std::vector<std::vector<ExpressionPtr>> rows;   // of their types
+  std::vector<std::vector<ExpressionPtr>> rows;   // of their types; null for a column's default
   QueryPtr query;                                 // instead of rows
   ExpressionPtr top;                              // null, or a bigint; with `top_percent` a float
   bool top_percent = false;

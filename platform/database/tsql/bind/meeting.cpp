@@ -82,6 +82,11 @@ bound::ExpressionPtr ConvertTo(BindContext& context, bound::ExpressionPtr expres
   return bound::Make(bound::Convert{std::move(expression), purpose, std::move(style)}, type, nullable);
 }
 
+bound::ExpressionPtr ConvertForVariable(BindContext& context, bound::ExpressionPtr expression, const DataType& type) {
+  if (!IsNullValue(*expression)) CheckConvertible(expression->type, type, false);
+  return ConvertTo(context, std::move(expression), type, Purpose::Cast);
+}
+
 DataType OwnType(BindContext& context, bound::Expression& expression, bool in_decimal_arithmetic) {
   const auto* literal = std::get_if<bound::Literal>(&expression.node);
   if (literal == nullptr || literal->converted) return expression.type;

@@ -18,6 +18,9 @@ bound::ExpressionPtr ConvertTo(BindContext& context, bound::ExpressionPtr expres
 // is then good for these digits alone. In decimal arithmetic an integer literal is a decimal with its own digits.
 DataType OwnType(BindContext& context, bound::Expression& expression, bool in_decimal_arithmetic = false);
 
+// `expression` as a variable of the type takes it: a text that is too long is cut. Raises where only a cast converts.
+bound::ExpressionPtr ConvertForVariable(BindContext& context, bound::ExpressionPtr expression, const DataType& type);
+
 bool IsNullLiteral(const bound::Expression& expression);
 
 // Brings the two to types of one family, for a comparison. Raises for types that don't go together.

@@ -7,7 +7,7 @@
 namespace rebate::tsql {
 
 // The clause of a select in which an expression stands.
-enum class Clause { From, Where, GroupBy, Having, Items, OrderBy, Values };
+enum class Clause { From, Where, GroupBy, Having, Items, OrderBy, Set, Values };
 
 // The sources of one select, and those of the selects around it.
 struct Scope {

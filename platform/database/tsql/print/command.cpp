@@ -128,8 +128,7 @@ Command MakeCondition(BindContext& context, const Expression& condition) {
 Command MakeAssignment(BindContext& context, const Expression& expression, const Text& variable,
                        const DataType& type) {
   Scope none;
-  const bound::ExpressionPtr value =
-      ConvertTo(context, BindValue(context, none, expression), type, Purpose::Cast);
+  const bound::ExpressionPtr value = ConvertForVariable(context, BindValue(context, none, expression), type);
   Command command;
   command.kind = Command::Kind::Assign;
   if (auto row_value = ValueWithoutRow(*value, variable)) {

@@ -38,12 +38,20 @@ Text ColumnNames(const bound::Insert& insert) {
   return names;
 }
 
+void PrintDefault(const ColumnInfo& column, SqlText& out) {
+  out << (column.default_sql.empty() ? "NULL" : '(' + column.default_sql + ')');
+}
+
 void PrintRows(PrintState& state, const bound::Insert& insert, SqlText& out) {
   for (std::size_t row = 0; row < insert.rows.size(); ++row) {
     out << (row == 0 ? "VALUES(" : ",(");
     for (std::size_t i = 0; i < insert.rows[row].size(); ++i) {
       if (i > 0) out << ',';
-      PrintValue(state, *insert.rows[row][i], out);
+      if (insert.rows[row][i]) {
+        PrintValue(state, *insert.rows[row][i], out);
+      } else {
+        PrintDefault(insert.table->columns[insert.columns[i]], out);
+      }
     }
     out << ')';
   }
@@ -73,11 +81,10 @@ const ColumnInfo& ColumnOf(const bound::Change& change, const bound::Assignment&
 }
 
 void PrintAssigned(PrintState& state, const bound::Change& change, const bound::Assignment& assignment, SqlText& out) {
-  const Text& default_sql = ColumnOf(change, assignment).default_sql;
   if (assignment.value) {
     PrintValue(state, *assignment.value, out);
   } else {
-    out << (default_sql.empty() ? "NULL" : '(' + default_sql + ')');
+    PrintDefault(ColumnOf(change, assignment), out);
   }
 }
 
