@@ -253,27 +253,32 @@ TEST_F(StatementSize, PrintedTextGrowsWithTheTree) {
   }
 }
 
-// A deep expression is calculated outside of the engine, a flat one by it: both mean the same.
+// A deep expression is calculated outside of the engine, a flat one by it: both mean the same. Only which operands are
+// looked at once a condition is decided isn't promised: one may meet an error that the other doesn't.
 TEST_F(StatementSize, DepthChangesNoAnswer) {
   std::mt19937 random(2);
   Drawn drawn(random);
   int answered = 0;
+  const auto expect_same = [&](const Text& flat, const Text& deep) {
+    const Text left = Answer(flat);
+    const Text right = Answer(deep);
+    if (left.starts_with("refused") || right.starts_with("refused")) return;
+    ++answered;
+    EXPECT_EQ(left, right) << flat;
+  };
   for (int i = 0; i < 600; ++i) {
     const Text value = drawn.Value(1 + i % 4);
     const Text condition = drawn.Condition(1 + i % 4);
     const Text deep = Nested(12, value, [](const Text& inner, int) { return "case when 1=1 then " + inner + " end"; });
-    const Text deep_condition = "case when " + condition + " then 1 else 0 end=1";
+    const Text deep_condition =
+        Nested(4, condition, [](const Text& inner, int) { return "case when " + inner + " then 1 else 0 end=1"; });
     for (const char* row : {" where FID=1", " where FID=2", " where FID=3"}) {
-      const Text flat = Answer("select " + value + " from t_t" + row);
-      EXPECT_EQ(Answer("select " + deep + " from t_t" + row), flat) << value;
-      answered += flat.starts_with("refused") ? 0 : 1;
-      const Text other = Nested(12, deep_condition, [](const Text& inner, int) { return "not (not (" + inner + "))"; });
-      EXPECT_EQ(Answer("select FID from t_t" + Text(row) + " and " + other),
-                Answer("select FID from t_t" + Text(row) + " and " + condition))
-          << condition;
+      expect_same("select " + value + " from t_t" + row, "select " + deep + " from t_t" + row);
+      expect_same("select FID from t_t" + Text(row) + " and " + condition,
+                  "select FID from t_t" + Text(row) + " and " + deep_condition);
     }
   }
-  EXPECT_GT(answered, 600) << "too few of the statements have an answer";
+  EXPECT_GT(answered, 1800) << "too few of the statements have an answer";
 }
 
 // ---- large statements ----
