@@ -50,7 +50,8 @@ TEST_F(EmbeddedChange, RefusesWhatDoesNotFit) {
        "in the VALUES clause must match the number of columns specified in the INSERT statement."},
       {"insert into t_k values (1)", "Column name or number of supplied values does not match table definition."},
       {"insert into t_c (FCode) values (null)",
-       "Cannot insert the value NULL into column 'FCode', table 'account.dbo.t_c'; column does not allow nulls. INSERT fails.",
+       "Cannot insert the value NULL into column 'FCode', table 'account.dbo.t_c'; column does not allow nulls. INSERT "
+       "fails.",
        database_error::kConstraint},
       {"insert into t_k values (1, 'a'), (1, 'b')",
        "Violation of PRIMARY KEY constraint 'PK_t_k'. Cannot insert duplicate key in object 'dbo.t_k'.",

@@ -28,8 +28,8 @@ class EmbeddedPlan : public EmbeddedTest {
     return make(context, std::get<Node>(batch_.statements.front()->node));
   }
   tsql::Command MakeSelect(std::string_view text) {
-    return MakeFirst<tsql::SelectStatement>(
-        text, [](auto& context, const auto& node) { return MakeQuery(context, node); });
+    return MakeFirst<tsql::SelectStatement>(text,
+                                            [](auto& context, const auto& node) { return MakeQuery(context, node); });
   }
 
   // The lines of the plan.

@@ -80,8 +80,8 @@ std::optional<Moment> FromCivil(const Civil& civil) {
 
 #if defined(_WIN32)
 static Moment MomentOf(const SYSTEMTIME& time) {
-  return FromCivil({time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond,
-                    time.wMilliseconds * 10'000})
+  return FromCivil(
+             {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds * 10'000})
       .value_or(Moment{kLastDay, 0});
 }
 

@@ -91,13 +91,14 @@ std::vector<Definition> MakeDefinitions() {
     definitions.push_back({tsql::AggregateFunctionName("sum", type), AggregateKind::Sum, type});
     definitions.push_back({tsql::AggregateFunctionName("avg", type), AggregateKind::Avg, type});
   };
-  for (const tsql::TypeKind kind : {tsql::TypeKind::Int, tsql::TypeKind::BigInt, tsql::TypeKind::Money,
-                                    tsql::TypeKind::Float}) {
+  for (const tsql::TypeKind kind :
+       {tsql::TypeKind::Int, tsql::TypeKind::BigInt, tsql::TypeKind::Money, tsql::TypeKind::Float}) {
     add(tsql::TypeOf(kind));
   }
   for (int scale = 0; scale <= Decimal::kMaxDigits; ++scale) add(tsql::DecimalType(Decimal::kMaxDigits, scale));
-  for (const auto& [name, kind] : {std::pair("t_stdev", AggregateKind::Stdev), std::pair("t_stdevp", AggregateKind::StdevP),
-                                   std::pair("t_var", AggregateKind::Var), std::pair("t_varp", AggregateKind::VarP)}) {
+  for (const auto& [name, kind] :
+       {std::pair("t_stdev", AggregateKind::Stdev), std::pair("t_stdevp", AggregateKind::StdevP),
+        std::pair("t_var", AggregateKind::Var), std::pair("t_varp", AggregateKind::VarP)}) {
     definitions.push_back({name, kind, tsql::FloatType()});
   }
   return definitions;

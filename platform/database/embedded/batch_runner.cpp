@@ -164,9 +164,8 @@ struct BatchRunner::Visitor {
   }
   void Assign(const Text& variable, const tsql::Expression& value) {
     const Text key = tsql::LowerKey(variable);
-    runner.RunAssign(runner.Prepared(step, 0, [&](auto& context) {
-      return MakeAssignment(context, value, key, runner.batch_->variables.at(key));
-    }));
+    runner.RunAssign(runner.Prepared(
+        step, 0, [&](auto& context) { return MakeAssignment(context, value, key, runner.batch_->variables.at(key)); }));
   }
 };
 

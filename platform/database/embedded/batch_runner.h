@@ -48,8 +48,8 @@ class BatchRunner {
   void RunInsert(PreparedCommand& prepared);
   void RunSelectInto(PreparedCommand& prepared);
   // The value of one calculation over the row on which the statement stands, its columns counted from `first`.
-  tsql::Value Calculated(PreparedCommand& prepared, std::size_t number, const tsql::RowValue& value,
-                         sqlite3_stmt* row, const std::vector<tsql::DataType>& types, int first);
+  tsql::Value Calculated(PreparedCommand& prepared, std::size_t number, const tsql::RowValue& value, sqlite3_stmt* row,
+                         const std::vector<tsql::DataType>& types, int first);
   // The update of a row at a time.
   void RunRowUpdate(PreparedCommand& prepared);
   void WriteRows(PreparedCommand& prepared, const std::vector<ChangedRow>& rows);

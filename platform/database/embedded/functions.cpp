@@ -94,9 +94,8 @@ void RegisterCalculations(sqlite3* database) {
 void TopRows(sqlite3_context* context, int, sqlite3_value** arguments) noexcept {
   Guarded(context, [&] {
     if (sqlite3_value_type(arguments[0]) == SQLITE_NULL) {
-      throw Error(
-          database_error::kStatement, "",
-          "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.");
+      throw Error(database_error::kStatement, "",
+                  "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.");
     }
     const std::int64_t rows = sqlite3_value_int64(arguments[0]);
     if (rows < 0) {

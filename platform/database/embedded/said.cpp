@@ -11,7 +11,7 @@
 namespace rebate {
 namespace {
 
-constexpr std::int64_t kFirstError = 11;  // of the severities
+constexpr std::int64_t kFirstError = 11;    // of the severities
 constexpr std::int64_t kLastSeverity = 18;  // beyond it only an administrator of a server may go
 constexpr std::size_t kLongestMessage = 2047;
 

@@ -43,8 +43,9 @@ void CheckPlace(Scope& scope) {
         "select list, and the column being aggregated is an outer reference.");
   }
   if (scope.clause == Clause::GroupBy) {
-    RefuseStatement("Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
-                    "clause.");
+    RefuseStatement(
+        "Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
+        "clause.");
   }
   if (scope.clause == Clause::Set) {
     RefuseStatement("An aggregate may not appear in the set list of an UPDATE statement.");
@@ -80,8 +81,8 @@ DataType ResultType(Aggregate::Kind kind, std::string_view name, const DataType&
 }
 
 void CheckType(Aggregate::Kind kind, std::string_view name, const DataType& type) {
-  const bool counts = kind == Aggregate::Kind::Sum || kind == Aggregate::Kind::Average ||
-                      kind == Aggregate::Kind::Deviation;
+  const bool counts =
+      kind == Aggregate::Kind::Sum || kind == Aggregate::Kind::Average || kind == Aggregate::Kind::Deviation;
   const bool orders = kind == Aggregate::Kind::Minimum || kind == Aggregate::Kind::Maximum;
   const bool bit = type.kind == TypeKind::Bit;
   if ((counts && (!IsNumber(type.kind) || bit)) || (orders && bit)) {

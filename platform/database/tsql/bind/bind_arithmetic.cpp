@@ -3,7 +3,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 struct Operator {
@@ -11,11 +10,14 @@ struct Operator {
   std::string_view function;
   std::string_view name;  // in messages
 };
-constexpr Operator kOperators[] = {
-    {BinaryOperator::Add, "add", "add"},           {BinaryOperator::Subtract, "subtract", "subtract"},
-    {BinaryOperator::Multiply, "multiply", "multiply"}, {BinaryOperator::Divide, "divide", "divide"},
-    {BinaryOperator::Modulo, "modulo", "modulo"},  {BinaryOperator::BitAnd, "bit_and", "'&'"},
-    {BinaryOperator::BitOr, "bit_or", "'|'"},      {BinaryOperator::BitXor, "bit_xor", "'^'"}};
+constexpr Operator kOperators[] = {{BinaryOperator::Add, "add", "add"},
+                                   {BinaryOperator::Subtract, "subtract", "subtract"},
+                                   {BinaryOperator::Multiply, "multiply", "multiply"},
+                                   {BinaryOperator::Divide, "divide", "divide"},
+                                   {BinaryOperator::Modulo, "modulo", "modulo"},
+                                   {BinaryOperator::BitAnd, "bit_and", "'&'"},
+                                   {BinaryOperator::BitOr, "bit_or", "'|'"},
+                                   {BinaryOperator::BitXor, "bit_xor", "'^'"}};
 
 const Operator& FindOperator(BinaryOperator operation) {
   for (const Operator& candidate : kOperators) {
@@ -65,8 +67,8 @@ bound::ExpressionPtr JoinTexts(BindContext& context, bound::ExpressionPtr left, 
     right->type = OwnType(context, *right);
   }
   const bool national = IsNational(left->type.kind) || IsNational(right->type.kind);
-  const DataType type = TextType(national ? TypeKind::NVarChar : TypeKind::VarChar,
-                                 JoinedLength(left->type, right->type, national));
+  const DataType type =
+      TextType(national ? TypeKind::NVarChar : TypeKind::VarChar, JoinedLength(left->type, right->type, national));
   const bool nullable = left->nullable || right->nullable;
   bound::Call call{FindFunction("concat_text"), {}};
   AppendPart(call.arguments, std::move(left), type);
@@ -78,8 +80,8 @@ bool IsDays(const DataType& type) {
   return FamilyOf(type.kind) == TypeFamily::DateTime;
 }
 
-bound::ExpressionPtr CombineDays(BindContext& context, bound::ExpressionPtr left, bound::ExpressionPtr right, BinaryOperator operation,
-                          const DataType& common) {
+bound::ExpressionPtr CombineDays(BindContext& context, bound::ExpressionPtr left, bound::ExpressionPtr right,
+                                 BinaryOperator operation, const DataType& common) {
   const bool add = operation == BinaryOperator::Add;
   if (!add && operation != BinaryOperator::Subtract) RefuseOperand(common.kind, FindOperator(operation).name);
   left = ConvertTo(context, std::move(left), common, Purpose::Assign);
@@ -108,7 +110,8 @@ bound::ExpressionPtr AsDecimal(BindContext& context, bound::ExpressionPtr operan
   return ConvertTo(context, std::move(operand), IsExactNumber(type.kind) ? type : DecimalTypeOf(type), Purpose::Assign);
 }
 
-bound::ExpressionPtr Calculate(BindContext& context, bound::ExpressionPtr left, bound::ExpressionPtr right, BinaryOperator operation) {
+bound::ExpressionPtr Calculate(BindContext& context, bound::ExpressionPtr left, bound::ExpressionPtr right,
+                               BinaryOperator operation) {
   const Operator& op = FindOperator(operation);
   const DataType common = CommonType(left->type, right->type);
   if (!IsNumber(common.kind) || (IsBits(operation) && !IsInteger(common.kind))) RefuseOperand(common.kind, op.name);
@@ -150,8 +153,8 @@ bound::ExpressionPtr BindUnary(BindContext& context, Scope& scope, const Unary& 
     literal->negated = !literal->negated;
     return operand;
   }
-  return MakeCall(bits ? "bit_not" : "negate", type.kind == TypeKind::TinyInt && !bits ? TypeOf(TypeKind::SmallInt) : type,
-                  std::move(operand));
+  return MakeCall(bits ? "bit_not" : "negate",
+                  type.kind == TypeKind::TinyInt && !bits ? TypeOf(TypeKind::SmallInt) : type, std::move(operand));
 }
 
 bound::ExpressionPtr BindBinary(BindContext& context, Scope& scope, const Binary& binary) {

@@ -6,7 +6,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 std::vector<bound::Expression*> ResultsOf(bound::Case& node) {
@@ -122,8 +121,9 @@ bound::ExpressionPtr BindNullIf(BindContext& context, Scope& scope, const Functi
   bound::ExpressionPtr left = BindValue(context, scope, *call.arguments[0]);
   bound::ExpressionPtr right = BindValue(context, scope, *call.arguments[1]);
   if (IsNullLiteral(*left)) {
-    RefuseStatement("The type of the first argument to NULLIF cannot be the NULL constant because the type of the "
-                    "first argument has to be known.");
+    RefuseStatement(
+        "The type of the first argument to NULLIF cannot be the NULL constant because the type of the "
+        "first argument has to be known.");
   }
   const DataType type = OwnType(context, *left);
   left->type = type;

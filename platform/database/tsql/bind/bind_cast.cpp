@@ -3,7 +3,6 @@
 
 namespace rebate::tsql {
 
-
 bound::ExpressionPtr BindCast(BindContext& context, Scope& scope, const Cast& cast) {
   bound::ExpressionPtr operand = BindValue(context, scope, *cast.operand);
   const Purpose purpose = cast.tolerant ? Purpose::Tolerant : Purpose::Cast;

@@ -7,7 +7,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 std::size_t ColumnOf(const TableInfo& table, const Text& name) {

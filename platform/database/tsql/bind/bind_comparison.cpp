@@ -6,7 +6,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 // A text as it stands; another value as the text that it converts to.
@@ -35,7 +34,8 @@ bound::ExpressionPtr BindComparison(BindContext& context, Scope& scope, const Bi
   bound::ExpressionPtr right = BindValue(context, scope, *binary.right);
   Meet(context, left, right);
   const bool nullable = left->nullable || right->nullable;
-  return bound::Make(bound::Comparison{binary.operation, std::move(left), std::move(right)}, TypeOf(TypeKind::Bit), nullable);
+  return bound::Make(bound::Comparison{binary.operation, std::move(left), std::move(right)}, TypeOf(TypeKind::Bit),
+                     nullable);
 }
 
 bound::ExpressionPtr BindInList(BindContext& context, Scope& scope, const InList& in) {

@@ -7,7 +7,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 bound::ExpressionPtr BindLiteral(BindContext& context, const Literal& literal) {
@@ -54,7 +53,9 @@ struct ValueBinder {
   bound::ExpressionPtr operator()(const FunctionCall& node) const { return BindFunction(context, scope, node); }
   bound::ExpressionPtr operator()(const Cast& node) const { return BindCast(context, scope, node); }
   bound::ExpressionPtr operator()(const Case& node) const { return BindCase(context, scope, node); }
-  bound::ExpressionPtr operator()(const ScalarSelect& node) const { return BindScalarSelect(context, scope, *node.select); }
+  bound::ExpressionPtr operator()(const ScalarSelect& node) const {
+    return BindScalarSelect(context, scope, *node.select);
+  }
   template <typename Condition>
   bound::ExpressionPtr operator()(const Condition&) const {
     RefuseStatement("Incorrect syntax: a condition stands where a value is due.");
@@ -92,11 +93,12 @@ struct ConditionBinder {
   bound::ExpressionPtr operator()(const Between& node) const { return BindBetween(context, scope, node); }
   bound::ExpressionPtr operator()(const Like& node) const { return BindLike(context, scope, node); }
   bound::ExpressionPtr operator()(const IsNull& node) const {
-    return bound::Make(bound::IsNull{BindValue(context, scope, *node.operand), node.negated}, TypeOf(TypeKind::Bit), false);
+    return bound::Make(bound::IsNull{BindValue(context, scope, *node.operand), node.negated}, TypeOf(TypeKind::Bit),
+                       false);
   }
   bound::ExpressionPtr operator()(const Exists& node) const {
-    return bound::Make(bound::Exists{BindSelect(context, *node.select, &scope, SelectPlace::Existence)}, TypeOf(TypeKind::Bit),
-                       false);
+    return bound::Make(bound::Exists{BindSelect(context, *node.select, &scope, SelectPlace::Existence)},
+                       TypeOf(TypeKind::Bit), false);
   }
   template <typename Value>
   bound::ExpressionPtr operator()(const Value&) const {

@@ -9,7 +9,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 using Types = std::vector<DataType>;
@@ -31,16 +30,36 @@ DataType LongestOf(const DataType& type) {
   return IsNational(type.kind) ? kNational : kText;
 }
 
-DataType GivesInt(const Types&) { return IntType(); }
-DataType GivesFloat(const Types&) { return FloatType(); }
-DataType GivesChar(const Types&) { return TextType(TypeKind::VarChar, 1); }
-DataType GivesNChar(const Types&) { return TextType(TypeKind::NVarChar, 1); }
-DataType GivesText(const Types&) { return kText; }
-DataType GivesName(const Types&) { return TextType(TypeKind::NVarChar, 258); }
-DataType GivesId(const Types&) { return TextType(TypeKind::VarChar, 36); }
-DataType GivesDate(const Types&) { return TypeOf(TypeKind::Date); }
-DataType GivesFirst(const Types& arguments) { return Varying(arguments.front()); }
-DataType GivesLongFirst(const Types& arguments) { return LongestOf(arguments.front()); }
+DataType GivesInt(const Types&) {
+  return IntType();
+}
+DataType GivesFloat(const Types&) {
+  return FloatType();
+}
+DataType GivesChar(const Types&) {
+  return TextType(TypeKind::VarChar, 1);
+}
+DataType GivesNChar(const Types&) {
+  return TextType(TypeKind::NVarChar, 1);
+}
+DataType GivesText(const Types&) {
+  return kText;
+}
+DataType GivesName(const Types&) {
+  return TextType(TypeKind::NVarChar, 258);
+}
+DataType GivesId(const Types&) {
+  return TextType(TypeKind::VarChar, 36);
+}
+DataType GivesDate(const Types&) {
+  return TypeOf(TypeKind::Date);
+}
+DataType GivesFirst(const Types& arguments) {
+  return Varying(arguments.front());
+}
+DataType GivesLongFirst(const Types& arguments) {
+  return LongestOf(arguments.front());
+}
 DataType GivesWhole(const Types& arguments) {
   const DataType& type = arguments.front();
   return type.kind == TypeKind::Decimal ? DecimalType(type.precision, 0) : type;
@@ -62,9 +81,8 @@ DataType GivesPower(const Types& arguments) {
 }
 // The text that `replace` and `stuff` make: national where one of its texts is.
 DataType GivesMixed(const Types& arguments) {
-  const bool national = std::any_of(arguments.begin(), arguments.end(), [](const DataType& t) {
-    return IsNational(t.kind);
-  });
+  const bool national =
+      std::any_of(arguments.begin(), arguments.end(), [](const DataType& t) { return IsNational(t.kind); });
   const bool unlimited = std::any_of(arguments.begin(), arguments.end(), [](const DataType& t) {
     return IsText(t.kind) && t.length == DataType::kMaxLength;
   });
@@ -83,60 +101,33 @@ struct Signature {
 };
 
 constexpr Signature kSignatures[] = {
-    {"abs", "n", GivesNumber},
-    {"acos", "f", GivesFloat},
-    {"ascii", "t", GivesInt},
-    {"asin", "f", GivesFloat},
-    {"atan", "f", GivesFloat},
-    {"atn2", "ff", GivesFloat},
-    {"ceiling", "n", GivesWhole},
-    {"char", "i", GivesChar},
-    {"charindex", "tt|i", GivesInt},
-    {"concat", "tt*", GivesMixed, "concat_or_empty"},
-    {"cos", "f", GivesFloat},
-    {"cot", "f", GivesFloat},
-    {"datalength", "x", GivesInt},
-    {"datefromparts", "iii", GivesDate},
-    {"day", "d", GivesInt},
-    {"degrees", "n", GivesAngle},
-    {"eomonth", "d|i", GivesDate},
-    {"exp", "f", GivesFloat},
-    {"floor", "n", GivesWhole},
-    {"isdate", "t", GivesInt},
-    {"isnumeric", "t", GivesInt},
-    {"left", "ti", GivesFirst},
-    {"len", "t", GivesInt},
-    {"log", "f|f", GivesFloat},
-    {"log10", "f", GivesFloat},
-    {"lower", "t", GivesFirst},
-    {"ltrim", "t", GivesFirst},
-    {"month", "d", GivesInt},
-    {"nchar", "i", GivesNChar},
-    {"newid", "", GivesId},
-    {"patindex", "tt", GivesInt},
-    {"pi", "", GivesFloat},
-    {"power", "nf", GivesPower},
-    {"quotename", "t|t", GivesName},
-    {"radians", "n", GivesAngle},
-    {"rand", "|i", GivesFloat},
-    {"replace", "ttt", GivesMixed},
-    {"replicate", "tl", GivesLongFirst},
-    {"reverse", "t", GivesFirst},
-    {"right", "ti", GivesFirst},
-    {"round", "ni|i", GivesNumber},
-    {"rtrim", "t", GivesFirst},
-    {"sign", "n", GivesNumber},
-    {"sin", "f", GivesFloat},
-    {"space", "l", GivesText},
-    {"sqrt", "f", GivesFloat},
-    {"square", "f", GivesFloat},
-    {"str", "f|ii", GivesText},
-    {"stuff", "tiit", GivesMixed},
-    {"substring", "tll", GivesFirst},
-    {"tan", "f", GivesFloat},
-    {"trim", "t", GivesFirst},
-    {"unicode", "t", GivesInt},
-    {"upper", "t", GivesFirst},
+    {"abs", "n", GivesNumber},       {"acos", "f", GivesFloat},
+    {"ascii", "t", GivesInt},        {"asin", "f", GivesFloat},
+    {"atan", "f", GivesFloat},       {"atn2", "ff", GivesFloat},
+    {"ceiling", "n", GivesWhole},    {"char", "i", GivesChar},
+    {"charindex", "tt|i", GivesInt}, {"concat", "tt*", GivesMixed, "concat_or_empty"},
+    {"cos", "f", GivesFloat},        {"cot", "f", GivesFloat},
+    {"datalength", "x", GivesInt},   {"datefromparts", "iii", GivesDate},
+    {"day", "d", GivesInt},          {"degrees", "n", GivesAngle},
+    {"eomonth", "d|i", GivesDate},   {"exp", "f", GivesFloat},
+    {"floor", "n", GivesWhole},      {"isdate", "t", GivesInt},
+    {"isnumeric", "t", GivesInt},    {"left", "ti", GivesFirst},
+    {"len", "t", GivesInt},          {"log", "f|f", GivesFloat},
+    {"log10", "f", GivesFloat},      {"lower", "t", GivesFirst},
+    {"ltrim", "t", GivesFirst},      {"month", "d", GivesInt},
+    {"nchar", "i", GivesNChar},      {"newid", "", GivesId},
+    {"patindex", "tt", GivesInt},    {"pi", "", GivesFloat},
+    {"power", "nf", GivesPower},     {"quotename", "t|t", GivesName},
+    {"radians", "n", GivesAngle},    {"rand", "|i", GivesFloat},
+    {"replace", "ttt", GivesMixed},  {"replicate", "tl", GivesLongFirst},
+    {"reverse", "t", GivesFirst},    {"right", "ti", GivesFirst},
+    {"round", "ni|i", GivesNumber},  {"rtrim", "t", GivesFirst},
+    {"sign", "n", GivesNumber},      {"sin", "f", GivesFloat},
+    {"space", "l", GivesText},       {"sqrt", "f", GivesFloat},
+    {"square", "f", GivesFloat},     {"str", "f|ii", GivesText},
+    {"stuff", "tiit", GivesMixed},   {"substring", "tll", GivesFirst},
+    {"tan", "f", GivesFloat},        {"trim", "t", GivesFirst},
+    {"unicode", "t", GivesInt},      {"upper", "t", GivesFirst},
     {"year", "d", GivesInt},
 };
 
@@ -156,7 +147,7 @@ bool IsDateKind(TypeKind kind) {
 }
 
 bound::ExpressionPtr FitArgument(BindContext& context, bound::ExpressionPtr argument, char letter, std::size_t position,
-                          std::string_view name) {
+                                 std::string_view name) {
   const DataType type = argument->type;
   switch (letter) {
     case 't':
@@ -182,12 +173,14 @@ bound::ExpressionPtr FitArgument(BindContext& context, bound::ExpressionPtr argu
   }
 }
 
-bound::ExpressionPtr CallFunction(std::string_view function, std::vector<bound::ExpressionPtr> arguments, const DataType& type) {
+bound::ExpressionPtr CallFunction(std::string_view function, std::vector<bound::ExpressionPtr> arguments,
+                                  const DataType& type) {
   bound::Call call{FindFunction(function), std::move(arguments)};
   return bound::Make(std::move(call), type, true);
 }
 
-bound::ExpressionPtr BindSignature(BindContext& context, Scope& scope, const FunctionCall& call, const Signature& signature) {
+bound::ExpressionPtr BindSignature(BindContext& context, Scope& scope, const FunctionCall& call,
+                                   const Signature& signature) {
   const std::size_t bar = std::min(signature.arguments.find('|'), signature.arguments.size());
   Text letters(signature.arguments);
   std::erase(letters, '|');
@@ -204,8 +197,8 @@ bound::ExpressionPtr BindSignature(BindContext& context, Scope& scope, const Fun
     types.push_back(arguments.back()->type);
   }
   const DataType type = signature.result(types);
-  bound::ExpressionPtr result = CallFunction(signature.function.empty() ? signature.name : signature.function,
-                                      std::move(arguments), type);
+  bound::ExpressionPtr result =
+      CallFunction(signature.function.empty() ? signature.name : signature.function, std::move(arguments), type);
   if (signature.name == "isnumeric" || signature.name == "concat") result->nullable = false;
   return result;
 }
@@ -225,8 +218,7 @@ bound::ExpressionPtr BindDateFunction(BindContext& context, Scope& scope, const 
   std::vector<bound::ExpressionPtr> arguments;
   arguments.push_back(IntConstant(static_cast<std::int64_t>(*part)));
   if (name == "dateadd") {
-    arguments.push_back(
-        ConvertTo(context, BindValue(context, scope, *call.arguments[0]), IntType(), Purpose::Cast));
+    arguments.push_back(ConvertTo(context, BindValue(context, scope, *call.arguments[0]), IntType(), Purpose::Cast));
     arguments.push_back(BindDateValue(context, scope, call, 1));
     const DataType type = arguments.back()->type;
     return CallFunction(name, std::move(arguments), type);

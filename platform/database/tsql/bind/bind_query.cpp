@@ -9,7 +9,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 // The name that an item has by itself: that of a plain column, else none.
@@ -70,8 +69,9 @@ bound::ExpressionPtr BindGroup(BindContext& context, Scope& scope, const Express
     RefuseStatement("Each GROUP BY expression must contain at least one column that is not an outer reference.");
   }
   if (group->has_query) {
-    RefuseStatement("Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
-                    "clause.");
+    RefuseStatement(
+        "Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
+        "clause.");
   }
   return group;
 }

@@ -15,8 +15,8 @@ bound::Change BindDelete(BindContext& context, const Delete& statement);
 // A table's elements with their expressions bound. `table` is what the elements are added to; null for a new one.
 struct BoundElements {
   struct Column {
-    ColumnDraft draft;               // without its texts of SQLite
-    bound::ExpressionPtr value;      // of the default or the computation; null where there is none
+    ColumnDraft draft;           // without its texts of SQLite
+    bound::ExpressionPtr value;  // of the default or the computation; null where there is none
   };
   struct Check {
     Text name;    // empty where not given

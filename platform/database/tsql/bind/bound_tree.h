@@ -44,7 +44,7 @@ struct Variable {
 };
 // What the runner knows when the statement runs.
 enum class SystemValue {
-  Now,               // the statement's instant
+  Now,  // the statement's instant
   UtcNow,
   Identity,          // the last number that an insert drew
   RowCount,          // rows touched by the last statement
@@ -139,15 +139,16 @@ struct Between {
 };
 
 struct Expression {
-  using Node = std::variant<Null, Literal, Constant, Column, Variable, System, Convert, Call, Aggregate, Coalesce, NullIf,
-                            Case, ScalarQuery, Comparison, Logical, Not, IsNull, InList, InQuery, Exists, Between>;
+  using Node =
+      std::variant<Null, Literal, Constant, Column, Variable, System, Convert, Call, Aggregate, Coalesce, NullIf, Case,
+                   ScalarQuery, Comparison, Logical, Not, IsNull, InList, InQuery, Exists, Between>;
   Node node;
-  DataType type;            // of a condition: bit
+  DataType type;  // of a condition: bit
   bool nullable = true;
-  bool identity = false;    // a plain column that draws numbers
-  bool has_query = false;   // a query stands in it
+  bool identity = false;   // a plain column that draws numbers
+  bool has_query = false;  // a query stands in it
   bool has_aggregate = false;
-  int height = 1;           // levels of nodes, those of queries in it not counted
+  int height = 1;  // levels of nodes, those of queries in it not counted
   // Of the aggregates and columns of an outer query in it nothing is told here.
 };
 
@@ -239,10 +240,10 @@ struct Query {
 
 struct Insert {
   TablePtr table;
-  std::vector<std::size_t> columns;               // of the table, to which the values go
-  std::vector<std::vector<ExpressionPtr>> rows;   // of their types; null for a column's default
-  QueryPtr query;                                 // instead of rows
-  ExpressionPtr top;                              // null, or a bigint; with `top_percent` a float
+  std::vector<std::size_t> columns;              // of the table, to which the values go
+  std::vector<std::vector<ExpressionPtr>> rows;  // of their types; null for a column's default
+  QueryPtr query;                                // instead of rows
+  ExpressionPtr top;                             // null, or a bigint; with `top_percent` a float
   bool top_percent = false;
   bool gives_identity = false;
 };
@@ -251,7 +252,7 @@ struct Assignment {
   std::optional<std::size_t> column;  // of the table
   Text variable;                      // as LowerKey; empty where none
   DataType variable_type;
-  ExpressionPtr value;                // of the column's type, or of the variable's; null for the column's default
+  ExpressionPtr value;  // of the column's type, or of the variable's; null for the column's default
 };
 
 // An update or a delete.

@@ -5,7 +5,6 @@
 
 namespace rebate::tsql {
 
-
 namespace {
 
 bool IsNullValue(const bound::Expression& expression) {
@@ -18,7 +17,7 @@ bool IsDayAlone(TypeKind kind) {
 
 // A constant converted where it stands.
 bound::ExpressionPtr ConvertConstant(const bound::Constant& constant, const DataType& from, const DataType& to,
-                              Purpose purpose) {
+                                     Purpose purpose) {
   TextPool pool;
   return bound::Make(KeptConstant(Convert(ConstantValue(constant, from), from, to, purpose, pool)), to, false);
 }
@@ -57,8 +56,8 @@ void CheckConvertible(const DataType& from, const DataType& to, bool is_explicit
   }
 }
 
-bound::ExpressionPtr ConvertTo(BindContext& context, bound::ExpressionPtr expression, const DataType& type, Purpose purpose,
-                        bound::ExpressionPtr style) {
+bound::ExpressionPtr ConvertTo(BindContext& context, bound::ExpressionPtr expression, const DataType& type,
+                               Purpose purpose, bound::ExpressionPtr style) {
   if (IsNullValue(*expression)) {
     expression->type = type;
     return expression;
@@ -98,7 +97,8 @@ DataType OwnType(BindContext& context, bound::Expression& expression, bool in_de
   return MeasuredType(token);
 }
 
-bound::ExpressionPtr BringTo(BindContext& context, bound::ExpressionPtr expression, const DataType& common, Purpose purpose) {
+bound::ExpressionPtr BringTo(BindContext& context, bound::ExpressionPtr expression, const DataType& common,
+                             Purpose purpose) {
   if (IsNullValue(*expression)) {
     expression->type = common;
     return expression;

@@ -44,8 +44,7 @@ const bound::Source* Scope::FindSource(std::string_view name) const {
 
 Scope::Hit Scope::Resolve(const ColumnReference& reference) {
   for (Scope* scope = this; scope != nullptr; scope = scope->outer) {
-    const auto hit =
-        reference.qualifier.empty() ? FindBare(*scope, reference.name) : FindQualified(*scope, reference);
+    const auto hit = reference.qualifier.empty() ? FindBare(*scope, reference.name) : FindQualified(*scope, reference);
     if (!hit) continue;
     for (Scope* inner = this; inner != scope; inner = inner->outer) inner->correlated = true;
     (scope == this ? own_columns : outer_columns) = true;

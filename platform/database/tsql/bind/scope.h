@@ -15,10 +15,10 @@ struct Scope {
   std::vector<const bound::Source*> sources = {};
   Clause clause = Clause::Values;
   bool in_aggregate = false;
-  bool correlated = false;      // a column of an outer scope was used here or in a query inside
-  bool has_aggregate = false;   // an aggregate of this select was met
-  bool own_columns = false;     // a column of this scope was met, since it was last set back
-  bool outer_columns = false;   // one of an outer scope
+  bool correlated = false;     // a column of an outer scope was used here or in a query inside
+  bool has_aggregate = false;  // an aggregate of this select was met
+  bool own_columns = false;    // a column of this scope was met, since it was last set back
+  bool outer_columns = false;  // one of an outer scope
 
   struct Hit {
     const bound::Source* source;

@@ -70,7 +70,8 @@ Text TextOf(const Value& value, const Conversion& conversion) {
     case Value::Kind::Real:
       return FloatText(value.real, conversion);
     default:
-      return IsMoney(conversion.from.kind) ? MoneyText(value.decimal, conversion) : DecimalText(value.decimal, conversion.from);
+      return IsMoney(conversion.from.kind) ? MoneyText(value.decimal, conversion)
+                                           : DecimalText(value.decimal, conversion.from);
   }
 }
 

@@ -12,8 +12,8 @@ DataType LiteralType(LiteralKind kind);
 // The type that just this literal has: decimal(3,2) for 1.50, varchar(3) for 'abc', decimal(2,0) for 10.
 DataType MeasuredType(const LiteralToken& literal);
 
-// The value of a literal, turned into `to`, with its sign changed where `negated`; with `as_written` a decimal keeps the
-// digits of the literal whatever the scale of `to`. A text lies in the literal's bytes or in `pool`. Raises what
+// The value of a literal, turned into `to`, with its sign changed where `negated`; with `as_written` a decimal keeps
+// the digits of the literal whatever the scale of `to`. A text lies in the literal's bytes or in `pool`. Raises what
 // converting raises, and for a number outside of a float's range.
 Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, const DataType& to, Purpose purpose,
                    TextPool& pool);

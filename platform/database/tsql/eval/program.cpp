@@ -42,11 +42,11 @@ enum class Operation : std::uint8_t {
 struct Program::Step {
   Operation operation;
   Purpose purpose = Purpose::Cast;
-  bool dates = false;             // of a comparison
-  std::size_t number = 0;         // of an argument, of values, or of a step
+  bool dates = false;      // of a comparison
+  std::size_t number = 0;  // of an argument, of values, or of a step
   const Function* function = nullptr;
-  std::vector<DataType> types;    // of a call's arguments; of a conversion: from, to
-  DataType type;                  // of the result
+  std::vector<DataType> types;  // of a call's arguments; of a conversion: from, to
+  DataType type;                // of the result
 };
 
 namespace {
@@ -77,10 +77,8 @@ struct PurposeWord {
   std::string_view text;
   Purpose purpose;
 };
-constexpr std::array<PurposeWord, 4> kConversions{{{"cast", Purpose::Cast},
-                                                   {"assign", Purpose::Assign},
-                                                   {"match", Purpose::Match},
-                                                   {"try", Purpose::Tolerant}}};
+constexpr std::array<PurposeWord, 4> kConversions{
+    {{"cast", Purpose::Cast}, {"assign", Purpose::Assign}, {"match", Purpose::Match}, {"try", Purpose::Tolerant}}};
 
 [[noreturn]] void Fail(std::string_view text) {
   throw std::invalid_argument("no calculation: " + Text(text));
@@ -352,9 +350,9 @@ class Runner {
   void ConvertWithStyle(const Program::Step& step) {
     const Value style = Take();
     Value& value = stack_.back();
-    value = style.IsNull() ? Value()
-                           : Convert(value, step.types[0], step.types[1], Purpose::Cast, pool_,
-                                     static_cast<int>(style.integer));
+    value = style.IsNull()
+                ? Value()
+                : Convert(value, step.types[0], step.types[1], Purpose::Cast, pool_, static_cast<int>(style.integer));
   }
 
   void Call(const Program::Step& step) {

@@ -36,8 +36,8 @@ Text LiteralText(const LiteralToken& literal);
 
 // What a batch is but for its literals, and its literals: one pass over the text, without comments and white space.
 // Words stand in the key as written, since a result's columns are named as the statement writes them; each literal
-// leaves only its kind, and of a text whether it is a long one. Two batches of one template parse to one tree, provided that the literals which the parser
-// reads itself (`Batch::fixed_literals`) are the same, too.
+// leaves only its kind, and of a text whether it is a long one. Two batches of one template parse to one tree, provided
+// that the literals which the parser reads itself (`Batch::fixed_literals`) are the same, too.
 struct BatchTemplate {
   Text key;
   std::vector<LiteralToken> literals;  // they point into the batch

@@ -125,8 +125,7 @@ Command MakeCondition(BindContext& context, const Expression& condition) {
   return Finished(context, std::move(command));
 }
 
-Command MakeAssignment(BindContext& context, const Expression& expression, const Text& variable,
-                       const DataType& type) {
+Command MakeAssignment(BindContext& context, const Expression& expression, const Text& variable, const DataType& type) {
   Scope none;
   const bound::ExpressionPtr value = ConvertForVariable(context, BindValue(context, none, expression), type);
   Command command;
@@ -148,8 +147,7 @@ Command MakeAssignment(BindContext& context, const Expression& expression, const
 
 Command MakeValue(BindContext& context, const Expression& expression, const DataType& type) {
   Scope none;
-  const bound::ExpressionPtr value =
-      ConvertTo(context, BindValue(context, none, expression), type, Purpose::Cast);
+  const bound::ExpressionPtr value = ConvertTo(context, BindValue(context, none, expression), type, Purpose::Cast);
   Command command;
   command.sql = PrintOne(*value);
   command.columns.push_back({{}, type});

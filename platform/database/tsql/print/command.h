@@ -43,14 +43,14 @@ struct Command {
   enum class Kind { Query, Assign, Insert, Change, SelectInto };
   Kind kind = Kind::Query;
   SqlText sql;
-  std::vector<ResultColumn> columns;  // of a query, and of the columns that an Assign calculates with
-  std::vector<RowValue> values;       // of an Assign: to be worked out in this order
-  TablePtr target;                    // of an insert or a change
-  bool gives_identity = false;        // an insert that names the identity column
-  TableDraft draft;                   // of a select into: the table that the statement fills
-  std::optional<RowUpdate> rows;      // of an update that may need it
-  bool row_by_row = false;            // and does
-  std::vector<ObjectUse> uses;        // it is good as long as these objects are as they were
+  std::vector<ResultColumn> columns;        // of a query, and of the columns that an Assign calculates with
+  std::vector<RowValue> values;             // of an Assign: to be worked out in this order
+  TablePtr target;                          // of an insert or a change
+  bool gives_identity = false;              // an insert that names the identity column
+  TableDraft draft;                         // of a select into: the table that the statement fills
+  std::optional<RowUpdate> rows;            // of an update that may need it
+  bool row_by_row = false;                  // and does
+  std::vector<ObjectUse> uses;              // it is good as long as these objects are as they were
   std::vector<std::size_t> fixed_literals;  // and for literals with the texts that these had
 };
 

@@ -55,7 +55,8 @@ class VariableUse {
   explicit VariableUse(const std::set<Text>& variables) : variables_(variables) {}
 
   bool InExpression(const bound::Expression& expression) const {
-    if (const auto* variable = std::get_if<bound::Variable>(&expression.node)) return variables_.contains(variable->key);
+    if (const auto* variable = std::get_if<bound::Variable>(&expression.node))
+      return variables_.contains(variable->key);
     bool found = InQueries(expression);
     ForEachPart(expression, [&](const bound::Expression& part) { found = found || InExpression(part); });
     return found;
