@@ -61,7 +61,7 @@ void PreparedSelect(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 
-// A new alias makes a new shape, so that nothing cached fits.
+// A new alias makes a new template, so that nothing cached fits.
 void ParsedSelect(benchmark::State& state) {
   const BenchAccount account;
   const ConnectionRef connection = account.Connect();

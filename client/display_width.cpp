@@ -4,6 +4,8 @@
 #include <clocale>
 #include <cwchar>
 
+#include "platform/values/text.h"
+
 namespace rebate {
 namespace {
 
@@ -31,12 +33,10 @@ struct Character {
 
 // The first character of `text`, which is not empty; UnicodeRules are in force.
 Character FirstOf(std::string_view text) {
-  std::mbstate_t state{};
-  wchar_t character = 0;
-  const std::size_t bytes = std::mbrtowc(&character, text.data(), text.size(), &state);
-  if (bytes == 0 || bytes > text.size()) return {1, 1};
-  const int columns = wcwidth(character);
-  return {bytes, columns < 0 ? 1 : static_cast<std::size_t>(columns)};
+  const char* at = text.data();
+  const char32_t character = NextCodePoint(at, at + text.size());
+  const int columns = character == 0 ? 1 : wcwidth(static_cast<wchar_t>(character));
+  return {static_cast<std::size_t>(at - text.data()), columns < 0 ? 1 : static_cast<std::size_t>(columns)};
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 
 #include "client/account.h"
 #include "client/rebate_classes.h"
@@ -25,10 +24,8 @@ std::optional<Long> ClassOfType(const Dictionary& scheme, Long rebate_type) {
 
 // Nothing for a text that is no id.
 std::optional<Long> IdOf(std::string_view text) {
-  Long id = 0;
-  const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), id);
-  if (code != std::errc() || end != text.data() + text.size() || id <= 0) return std::nullopt;
-  return id;
+  const std::optional<Long> id = WholeNumber<Long>(text);
+  return id && *id > 0 ? id : std::nullopt;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "model/account_script.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,12 +13,6 @@ namespace rebate {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n\f\v";
-
-std::string_view WithoutBlanks(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // Tells, line by line, whether the next one begins inside of what an earlier one has opened.
 class OpenMarks {
@@ -56,22 +49,21 @@ class OpenMarks {
 
 // How often the batch before a line of GO is run; nothing where the line isn't one.
 std::optional<std::size_t> TimesOf(std::string_view line, std::size_t number) {
-  line = WithoutBlanks(line);
+  line = Trim(line, kBlanks);
   if (line.size() < 2 || !EqualsIgnoreCase(line.substr(0, 2), "go")) return std::nullopt;
   std::string_view behind = line.substr(2);
   if (!behind.empty() && kBlanks.find(behind.front()) == std::string_view::npos && !behind.starts_with("--")) {
     return std::nullopt;
   }
-  behind = WithoutBlanks(behind.substr(0, behind.find("--")));
+  behind = Trim(behind.substr(0, behind.find("--")), kBlanks);
   if (behind.empty()) return 1;
-  std::uint32_t times = 0;
-  const auto [end, error] = std::from_chars(behind.data(), behind.data() + behind.size(), times);
-  if (error != std::errc() || end != behind.data() + behind.size() || times == 0) {
+  const std::optional<std::uint32_t> times = WholeNumber<std::uint32_t>(behind);
+  if (!times || *times == 0) {
     throw Error(database_error::kStatement, "Transact-SQL",
                 "Line " + std::to_string(number) + ": GO takes the number of times to run the batch, from 1 on, not '" +
                     Text(behind) + "'.");
   }
-  return times;
+  return *times;
 }
 
 }  // namespace
@@ -79,7 +71,7 @@ std::optional<std::size_t> TimesOf(std::string_view line, std::size_t number) {
 std::vector<ScriptBatch> Batches(std::string_view script) {
   std::vector<ScriptBatch> batches;
   const auto add = [&](std::string_view batch, std::size_t times) {
-    if (!WithoutBlanks(batch).empty()) batches.push_back({batch, times});
+    if (!Trim(batch, kBlanks).empty()) batches.push_back({batch, times});
   };
   OpenMarks open;
   std::size_t batch = 0;

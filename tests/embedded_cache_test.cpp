@@ -5,7 +5,7 @@ namespace {
 
 using EmbeddedCache = EmbeddedTest;
 
-TEST_F(EmbeddedCache, OneShapeServesOtherLiterals) {
+TEST_F(EmbeddedCache, OneTemplateAnswersForOtherLiterals) {
   Run("create table t_s (FID int, FName nvarchar(20), FRate decimal(9,3))");
   for (const char* values : {"1, 'a', 1.5", "2, 'it''s', -2.25", "-3, '', 4"}) {
     Run("insert into t_s (FID, FName, FRate) values (" + Text(values) + ")");
@@ -27,7 +27,7 @@ TEST_F(EmbeddedCache, LiteralsOfTheStatementItselfAreNotMixedUp) {
   EXPECT_EQ(Rows("select top 2 a from t_s order by a"), "1;2");
 }
 
-TEST_F(EmbeddedCache, ForgetsTheOldestOfManyShapes) {
+TEST_F(EmbeddedCache, ForgetsTheOldestOfManyTemplates) {
   for (int i = 0; i < 1200; ++i) {
     EXPECT_EQ(Rows("select 7 as n" + std::to_string(i % 700)), "7");
   }

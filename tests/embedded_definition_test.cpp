@@ -34,7 +34,7 @@ TEST_F(EmbeddedDefinition, KeepsTemporaryTablesToTheConnection) {
   Run("drop table #t");
   EXPECT_EQ(Refusal("drop table #t").description,
             "Cannot drop the table '#t', because it does not exist or you do not have permission.");
-  // Another shape under the same name, met by the same statements.
+  // Another table under the same name, met by the same statements.
   Run("create table #t (FName nvarchar(2), FMore int)");
   Run("insert into #t (FName) values ('c')");
   EXPECT_EQ(Rows("select * from #t"), "c,NULL");

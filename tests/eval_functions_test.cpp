@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <boost/multiprecision/cpp_int.hpp>
 #include <charconv>
 #include <functional>
 #include <random>
@@ -159,7 +160,7 @@ TEST(EvalArithmetic, RefusesWhatLeavesAnInteger) {
     const char* name;
     std::int64_t first, last;
   };
-  __extension__ using Wide = __int128;
+  using Wide = boost::multiprecision::int128_t;
   const Kind kinds[] = {{"tinyint", 0, 255},
                         {"smallint", -32768, 32767},
                         {"int", INT32_MIN, INT32_MAX},

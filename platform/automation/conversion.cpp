@@ -7,25 +7,10 @@
 namespace rebate {
 namespace {
 
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-std::string_view TrimWhite(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 double ReadDouble(std::string_view digits) {
-  double value = 0;
-  const auto outcome = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (outcome.ec == std::errc::result_out_of_range) {
-    // Too small reads as 0; too large has no value in any type of this world.
-    const std::size_t exponent = digits.find_first_of("eE");
-    if (exponent != std::string_view::npos && exponent + 1 < digits.size() && digits[exponent + 1] == '-') return 0;
-    throw Error(error_number::kOverflow, "", "Overflow");
-  }
-  return value;
+  const FloatReading reading = ReadFloat(digits);
+  if (reading.outcome == FloatReading::Outcome::Overflow) throw Error(error_number::kOverflow, "", "Overflow");
+  return reading.number;
 }
 
 // &H1F and &O17: 16-bit values above &H7FFF are negative, as are 32-bit ones above &H7FFFFFFF.
@@ -144,7 +129,7 @@ double ToDouble(const Variant& value) {
     case VariantType::Date:
       return value.real();
     case VariantType::Currency:
-      return static_cast<double>(value.integer()) / 10000;
+      return CurrencyNumber(value.integer());
     case VariantType::Text:
     case VariantType::Decimal:
       return TextToDouble(value.text());
@@ -216,7 +201,7 @@ double LargestAtMost(std::string_view number) {
 }  // namespace
 
 double LeadingNumber(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  text = TrimWhite(text);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   const std::size_t length = NumberLength(text, false);

@@ -10,14 +10,7 @@
 namespace rebate {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::size_t kNone = std::string_view::npos;
-
-std::string_view Strip(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == kNone) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // A value that starts with a brace or a quote, `text` starting there: where its last character stands and what it says.
 // Nothing where it isn't closed, or is closed in the middle of a value.
@@ -32,7 +25,7 @@ std::optional<Enclosed> ReadEnclosed(std::string_view text) {
   for (std::size_t at = 1; at < text.size(); ++at) {
     if (text[at] == close) {
       if (at + 1 == text.size() || text[at + 1] != close) {
-        const std::size_t next = text.find_first_not_of(kBlanks, at + 1);
+        const std::size_t next = text.find_first_not_of(kWhiteSpace, at + 1);
         if (next != kNone && text[next] != ';') return std::nullopt;
         return Enclosed{at, value};
       }
@@ -59,7 +52,7 @@ struct Value {
 };
 
 Value ReadValue(std::string_view text, std::size_t start) {
-  const std::size_t first = text.find_first_not_of(kBlanks, start);
+  const std::size_t first = text.find_first_not_of(kWhiteSpace, start);
   const bool encloses = first != kNone && Encloses(text[first]);
   if (encloses) {
     if (std::optional<Enclosed> enclosed = ReadEnclosed(text.substr(first))) {
@@ -67,7 +60,7 @@ Value ReadValue(std::string_view text, std::size_t start) {
     }
   }
   const std::size_t end = std::min(text.find(';', start), text.size());
-  return {end, Text(Strip(text.substr(start, end - start))), encloses};
+  return {end, Text(TrimWhite(text.substr(start, end - start))), encloses};
 }
 
 bool IsSecret(std::string_view key) {
@@ -104,20 +97,20 @@ bool ConnectionKey::NamesSecret() const {
 std::vector<ConnectionKey> ParseConnectionText(std::string_view text) {
   std::vector<ConnectionKey> keys;
   for (std::size_t at = 0; at < text.size(); ++at) {
-    at = text.find_first_not_of(kBlanks, at);
+    at = text.find_first_not_of(kWhiteSpace, at);
     if (at == kNone) break;
     if (text[at] == ';') continue;
     const std::size_t equals = text.find_first_of(";=", at);
     if (equals == kNone || text[equals] == ';' || equals == at) {
       Refuse("its part " + std::to_string(keys.size() + 1) + " isn't of the form Key=Value.");
     }
-    ConnectionKey key{Strip(text.substr(at, equals - at)), {}, {}};
+    ConnectionKey key{TrimWhite(text.substr(at, equals - at)), {}, {}};
     Value value = ReadValue(text, equals + 1);
-    if (value.unclosed && text[text.find_first_not_of(kBlanks, equals + 1)] == '{') {
+    if (value.unclosed && text[text.find_first_not_of(kWhiteSpace, equals + 1)] == '{') {
       Refuse("the brace of " + Text(key.key) + " isn't closed, or text follows it.");
     }
     key.value = std::move(value.text);
-    key.raw = Strip(text.substr(at, value.end - at));
+    key.raw = TrimWhite(text.substr(at, value.end - at));
     keys.push_back(std::move(key));
     at = value.end;
   }

@@ -1,12 +1,13 @@
 #include "platform/database/data_source.h"
 
-#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <optional>
 
 #include "platform/automation/error.h"
 #include "platform/database/connection_text.h"
+#include "platform/values/ascii.h"
+#include "platform/values/number_text.h"
 
 namespace rebate {
 namespace {
@@ -23,13 +24,11 @@ constexpr std::string_view kForms =
 
 Long UserId(const ConnectionKey& key) {
   constexpr Long kHighest = std::numeric_limits<std::int16_t>::max();
-  Long id = 0;
-  const char* end = key.value.data() + key.value.size();
-  const auto [read, failure] = std::from_chars(key.value.data(), end, id);
-  if (failure != std::errc() || read != end || id < 0 || id > kHighest) {
+  const std::optional<Long> id = WholeNumber<Long>(key.value);
+  if (!id || *id < 0 || *id > kHighest) {
     Refuse("AppUser must be a whole number from 0 to " + std::to_string(kHighest) + ", not '" + key.value + "'.");
   }
-  return id;
+  return *id;
 }
 
 bool NamesDriver(const std::vector<ConnectionKey>& keys) {

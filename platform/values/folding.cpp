@@ -56,9 +56,6 @@ char32_t FoldWidth(char32_t c) {
 bool IsContinuation(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
-bool IsAscii(char byte) {
-  return static_cast<unsigned char>(byte) < 0x80;
-}
 
 // Character by character.
 int CompareFolded(std::string_view left, std::string_view right) {
@@ -86,7 +83,7 @@ Text InForm(std::string_view text) {
 }  // namespace
 
 char32_t LowerCase(char32_t c) {
-  if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
+  if (c < 0x80) return AsciiLower(c);
   if (c >= 0x2E80 && c < 0xFF00) return c;
   for (const CaseRange& range : kRanges) {
     if (c >= range.first && c <= range.last) return Moved(c, range.distance);
@@ -97,7 +94,7 @@ char32_t LowerCase(char32_t c) {
 }
 
 char32_t UpperCase(char32_t c) {
-  if (c < 0x80) return c >= 'a' && c <= 'z' ? c - 32 : c;
+  if (c < 0x80) return AsciiUpper(c);
   if (c >= 0x2E80 && c < 0xFF00) return c;
   for (const CaseRange& range : kRanges) {
     if (c >= Moved(range.first, range.distance) && c <= Moved(range.last, range.distance)) {
@@ -120,7 +117,7 @@ Text Folded(std::string_view text) {
 }
 
 char32_t FoldCase(char32_t c) {
-  if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
+  if (c < 0x80) return AsciiLower(c);
   if (c == 0x3000) return ' ';
   if (c >= 0xFF00) c = FoldWidth(c);
   return c == 0x3C2 ? 0x3C3 : LowerCase(c);

@@ -222,4 +222,8 @@ Text CurrencyText(std::int64_t units) {
   return Decimal::Of(units < 0, Decimal(units).units(), 4).ToKey();
 }
 
+double CurrencyNumber(std::int64_t units) {
+  return static_cast<double>(units) / 10'000;
+}
+
 }  // namespace rebate

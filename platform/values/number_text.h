@@ -1,5 +1,7 @@
 #pragma once
 
+#include <charconv>
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -39,6 +41,16 @@ struct IntegerReading {
 };
 IntegerReading ReadInteger(std::string_view text);
 
+// The whole number that `text` is, digits with at most a minus sign in front; nothing for other texts and for what T
+// doesn't hold.
+template <std::integral T>
+std::optional<T> WholeNumber(std::string_view text) {
+  T number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
 // `number` (a sign, digits, a fraction, an exponent) as plain digits, exactly: "1.5e3" is "1500". Nothing for other
 // texts and for more than `most` digits.
 std::optional<Text> PlainDigits(std::string_view number, std::size_t most = 400);
@@ -50,5 +62,6 @@ std::optional<Text> PlainDigits(std::string_view number, std::size_t most = 400)
 std::optional<std::int64_t> CurrencyUnits(std::string_view amount);
 // The amount with the digits that it needs: "-12.5", "3".
 Text CurrencyText(std::int64_t units);
+double CurrencyNumber(std::int64_t units);
 
 }  // namespace rebate

@@ -105,6 +105,16 @@ std::string_view FirstCharacters(std::string_view text, std::size_t count) {
   return UpTo(text, at);
 }
 
+std::string_view FirstBytes(std::string_view text, std::size_t count) {
+  if (text.size() <= count) return text;
+  const char* at = text.data();
+  for (const char* next = at; static_cast<std::size_t>(next - text.data()) <= count;) {
+    at = next;
+    NextCodePoint(next, text.data() + text.size());
+  }
+  return UpTo(text, at);
+}
+
 std::size_t CountUnits(std::string_view text, bool national) {
   std::size_t units = 0;
   const char* at = text.data();

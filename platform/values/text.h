@@ -23,6 +23,8 @@ Text FromWide(std::u16string_view wide);
 std::size_t CountCharacters(std::string_view text);
 // The longest beginning of `text` of at most `count` characters.
 std::string_view FirstCharacters(std::string_view text, std::size_t count);
+// The longest beginning of `text` of at most `count` bytes that tears no character.
+std::string_view FirstBytes(std::string_view text, std::size_t count);
 
 // How many units `text` counts against a column's length. `national`: UTF-16 units; else bytes, of which a character
 // outside ASCII takes two.

@@ -48,7 +48,7 @@ class AccountCatalog : public tsql::Catalog {
 
   const Text& path() const { return path_; }
 
-  // Moves whenever something was made or dropped, here or elsewhere: what was emitted before is good only if the
+  // Moves whenever something was made or dropped, here or elsewhere: what was bound before is good only if the
   // objects that it uses have the signatures that they had.
   std::uint64_t epoch() const { return epoch_; }
   // Forgets what it knows of the permanent objects where another connection has changed any.

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/values/ascii.h"
+
 namespace rebate::odbc {
 namespace {
 
@@ -17,10 +19,7 @@ std::string_view WithoutComponents(std::string_view message) {
     message.remove_prefix(close + 1);
     if (is_server) break;
   }
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = message.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return message.substr(first, message.find_last_not_of(kBlanks) - first + 1);
+  return TrimWhite(message);
 }
 
 bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefix) {

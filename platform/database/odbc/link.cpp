@@ -1,7 +1,6 @@
 #include "platform/database/odbc/link.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 
 #include "platform/automation/conversion.h"
@@ -20,14 +19,12 @@ constexpr SQLULEN kQueryTimeout = 120;
 constexpr int kMostRefusals = 100;
 
 SQLULEN Seconds(const ConnectionKey& key) {
-  std::uint32_t seconds = 0;
-  const char* end = key.value.data() + key.value.size();
-  const auto [read, failure] = std::from_chars(key.value.data(), end, seconds);
-  if (failure != std::errc() || read != end) {
+  const std::optional<std::uint32_t> seconds = WholeNumber<std::uint32_t>(key.value);
+  if (!seconds) {
     throw Error(error_number::kInvalidCall, "DataSource",
                 Text(key.key) + " must be a whole number of seconds, not '" + key.value + "'.");
   }
-  return seconds;
+  return *seconds;
 }
 
 Environment OpenEnvironment() {

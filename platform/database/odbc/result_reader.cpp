@@ -99,8 +99,9 @@ Variant DateOf(const SQL_TIMESTAMP_STRUCT& stamp) {
 }
 
 Variant TimeOf(const SQL_TIME_STRUCT& time) {
-  constexpr double kSecondsADay = 86400;
-  return Variant::Date((time.hour * 3600 + time.minute * 60 + time.second) / kSecondsADay);
+  const std::optional<Moment> moment = FromCivil({1899, 12, 30, time.hour, time.minute, time.second, 0});
+  if (!moment) ThrowUnreadable("A time");
+  return Variant::Date(ToAutomationDate(*moment));
 }
 
 // Reads the rows of one result; its buffer serves all texts.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "platform/database/tsql/eval/number_result.h"
 
@@ -19,7 +18,7 @@ void Accumulator::Add(const Value& value) {
   if (value.IsNull()) return;
   ++count_;
   if (value.kind == Value::Kind::Integer) {
-    whole_ += value.integer;
+    whole_.Add(value.integer);
   } else if (value.kind == Value::Kind::Real) {
     AddReal(value.real);
   } else {
@@ -49,10 +48,9 @@ Value Accumulator::Result() const {
 }
 
 Value Accumulator::WholeResult() const {
-  constexpr Wide kLast = std::numeric_limits<std::int64_t>::max();
-  constexpr Wide kFirst = std::numeric_limits<std::int64_t>::min();
-  if (whole_ > kLast || whole_ < kFirst) RefuseOverflow(result_);
-  const Value sum = IntegerResult(static_cast<std::int64_t>(whole_), result_);
+  const std::optional<std::int64_t> whole = whole_.Result();
+  if (!whole) RefuseOverflow(result_);
+  const Value sum = IntegerResult(*whole, result_);
   return kind_ == AggregateKind::Avg ? Value::Of(sum.integer / count_) : sum;
 }
 

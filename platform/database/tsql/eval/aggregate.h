@@ -1,10 +1,32 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
 #include "platform/database/tsql/eval/value.h"
 
 namespace rebate::tsql {
 
 enum class AggregateKind : std::uint8_t { Sum, Avg, Stdev, StdevP, Var, VarP };
+
+// A sum of 64-bit integers that holds whatever their number and order, in two words.
+class WideSum {
+ public:
+  void Add(std::int64_t number) {
+    const auto added = static_cast<std::uint64_t>(number);
+    low_ += added;
+    high_ += (low_ < added ? 1 : 0) - (number < 0 ? 1 : 0);
+  }
+  // Nothing where the sum is beyond 64 bits.
+  std::optional<std::int64_t> Result() const {
+    const auto sum = static_cast<std::int64_t>(low_);
+    return high_ == (sum < 0 ? -1 : 0) ? std::optional(sum) : std::nullopt;
+  }
+
+ private:
+  std::uint64_t low_ = 0;
+  std::int64_t high_ = 0;  // the upper word of the two's complement
+};
 
 // What an aggregate has seen of a group.
 class Accumulator {
@@ -20,8 +42,6 @@ class Accumulator {
   Value Result() const;
 
  private:
-  __extension__ using Wide = __int128;  // holds every sum of 64-bit integers
-
   void AddReal(double number);
   Value WholeResult() const;
   Value DecimalAmount() const;
@@ -30,7 +50,7 @@ class Accumulator {
   AggregateKind kind_;
   DataType result_;
   std::int64_t count_ = 0;
-  Wide whole_ = 0;
+  WideSum whole_;
   Decimal decimal_;
   double real_ = 0;     // the sum, or the running mean of a statistic
   double squares_ = 0;  // of the distances from the mean

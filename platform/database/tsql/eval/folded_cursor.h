@@ -15,15 +15,11 @@ struct FoldedCursor {
   bool AtEnd() const { return at == end; }
   // The character as it stands.
   char32_t NextPlain() {
-    const auto byte = static_cast<unsigned char>(*at);
-    if (byte >= 0x80) return NextCodePoint(at, end);
-    ++at;
-    return byte;
+    if (!IsAscii(*at)) return NextCodePoint(at, end);
+    return static_cast<unsigned char>(*at++);
   }
   char32_t Next() { return Fold(NextPlain()); }
-  static char32_t Fold(char32_t character) {
-    return character < 0x80 ? static_cast<char32_t>(AsciiLower(static_cast<char>(character))) : FoldCase(character);
-  }
+  static char32_t Fold(char32_t character) { return character < 0x80 ? AsciiLower(character) : FoldCase(character); }
   std::string_view Rest() const { return {at, static_cast<std::size_t>(end - at)}; }
 
   const char* at;

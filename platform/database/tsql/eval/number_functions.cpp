@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <type_traits>
 
 #include "platform/database/tsql/eval/convert.h"
 #include "platform/database/tsql/eval/function.h"
@@ -205,6 +206,7 @@ double RealToRadians(double degrees) {
 // ---- chance ----
 
 std::mt19937_64& Generator() {
+  static_assert(std::is_trivially_destructible_v<std::mt19937_64>);  // a thread's end runs no code of ours
   thread_local std::mt19937_64 generator{std::random_device{}()};
   return generator;
 }

@@ -95,12 +95,15 @@ Value Space(const Invocation& call) {
 }
 
 Value Reverse(const Invocation& call) {
-  Text reversed;
-  for (std::string_view rest = call.TextAt(0); !rest.empty();) {
-    std::size_t last = rest.size() - 1;
-    while (last > 0 && (static_cast<unsigned char>(rest[last]) & 0xC0) == 0x80) --last;
-    reversed += rest.substr(last);
-    rest.remove_suffix(rest.size() - last);
+  const std::string_view text = call.TextAt(0);
+  Text reversed(text.size(), '\0');
+  auto place = reversed.end();
+  const char* const end = text.data() + text.size();
+  for (const char* at = text.data(); at < end;) {
+    const char* const start = at;
+    NextCodePoint(at, end);
+    place -= at - start;
+    std::copy(start, at, place);
   }
   return Value::Of(call.pool.Keep(std::move(reversed)));
 }
@@ -296,7 +299,7 @@ Value PatIndex(const Invocation& call) {
 Value Ascii(const Invocation& call) {
   const std::string_view text = call.TextAt(0);
   if (text.empty()) return {};
-  if (static_cast<unsigned char>(text.front()) >= 0x80) {
+  if (!IsAscii(text.front())) {
     RefuseUnsupported("ascii(" + Text(FirstCharacters(text, 1)) + ")");
   }
   return Value::Of(std::int64_t{text.front()});

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/automation/conversion.h"
+#include "platform/values/ascii.h"
 
 namespace rebate::tsql {
 namespace {
@@ -41,8 +41,7 @@ Word WordOf(std::string_view text) {
 }
 
 bool IsWordPart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '#' ||
-         c == '@' || c == '$' || static_cast<unsigned char>(c) >= 0x80;
+  return IsLetter(c) || IsDigit(c) || c == '_' || c == '#' || c == '@' || c == '$' || !IsAscii(c);
 }
 
 // Walks over the words of a batch that stand outside of quotes, comments and parentheses.

@@ -1,7 +1,6 @@
 #include "platform/database/tsql/parse/parser.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 
 #include "platform/automation/conversion.h"
@@ -211,8 +210,7 @@ int Parser::ParsePositive(int highest) {
   const Token& token = Peek();
   if (token.kind != TokenKind::Literal || token.literal_kind != LiteralKind::Integer) FailHere();
   TakeFixedLiteral();
-  int value = 0;
-  std::from_chars(token.text.data(), token.text.data() + token.text.size(), value);
+  const int value = WholeNumber<int>(token.text).value_or(highest + 1);  // no int holds a longer one
   if (value == 0) ThrowSyntax("Length or precision 0 is invalid.");
   if (value > highest) {
     ThrowSyntax("The size (" + Text(token.text) + ") given exceeds the maximum allowed (" + std::to_string(highest) +
@@ -226,12 +224,10 @@ std::int64_t Parser::ParseSignedInteger() {
   if (!negative) TakeSymbol("+");
   const Token& token = Peek();
   if (token.kind != TokenKind::Literal) FailHere();
-  std::int64_t value = 0;
-  const char* end = token.text.data() + token.text.size();
-  const auto [stop, error] = std::from_chars(token.text.data(), end, value);
-  if (error != std::errc() || stop != end) FailHere();
+  const std::optional<std::int64_t> value = WholeNumber<std::int64_t>(token.text);
+  if (!value) FailHere();
   TakeFixedLiteral();
-  return negative ? -value : value;
+  return negative ? -*value : *value;
 }
 
 Text Parser::ParseTypeName() {

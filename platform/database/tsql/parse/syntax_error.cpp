@@ -6,6 +6,7 @@
 #include "platform/automation/error.h"
 #include "platform/database/error_numbers.h"
 #include "platform/values/ascii.h"
+#include "platform/values/text.h"
 
 namespace rebate::tsql {
 namespace {
@@ -36,14 +37,6 @@ static_assert(std::is_sorted(std::begin(kReserved), std::end(kReserved)));
 constexpr std::size_t kLongestReserved = 17;
 constexpr std::size_t kLongestQuoted = 128;  // of a text repeated in an error
 
-// `text`, or as much of its beginning as an error repeats, without a torn character at the end.
-std::string_view Beginning(std::string_view text) {
-  if (text.size() <= kLongestQuoted) return text;
-  std::size_t length = kLongestQuoted;
-  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
-  return text.substr(0, length);
-}
-
 }  // namespace
 
 void ThrowSyntax(std::string_view description) {
@@ -51,12 +44,12 @@ void ThrowSyntax(std::string_view description) {
 }
 
 void ThrowNear(std::string_view text, bool keyword) {
-  ThrowSyntax((keyword ? "Incorrect syntax near the keyword '" : "Incorrect syntax near '") + Text(Beginning(text)) +
-              "'.");
+  ThrowSyntax((keyword ? "Incorrect syntax near the keyword '" : "Incorrect syntax near '") +
+              Text(FirstBytes(text, kLongestQuoted)) + "'.");
 }
 
 void ThrowUnclosed(std::string_view text) {
-  ThrowSyntax("Unclosed quotation mark after the character string '" + Text(Beginning(text)) + "'.");
+  ThrowSyntax("Unclosed quotation mark after the character string '" + Text(FirstBytes(text, kLongestQuoted)) + "'.");
 }
 
 void ThrowUnsupported(std::string_view name) {
