@@ -34,6 +34,35 @@ void PreparedInsert(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 
+void CachedAmounts(benchmark::State& state) {
+  const BenchAccount account;
+  const ConnectionRef connection = account.Connect();
+  connection->BeginWork();
+  int i = 0;
+  for (auto _ : state) {
+    ++i;
+    connection->Execute("INSERT INTO t_FL_RebateRange (FLowerLimit,FUpperLimit,FIndex,FSchemeID)\r\nVALUES (" +
+                        std::to_string(i) + ".25," + std::to_string(i + 100) + ",1,3)");
+  }
+  connection->RollbackWork();
+  state.SetItemsProcessed(state.iterations());
+}
+
+void PreparedAmounts(benchmark::State& state) {
+  const BenchAccount account;
+  PlainDatabase database(account.path());
+  PlainStatement insert(database,
+                        "INSERT INTO t_FL_RebateRange (FLowerLimit,FUpperLimit,FIndex,FSchemeID) VALUES (?,?,?,?)");
+  database.Run("BEGIN IMMEDIATE");
+  int i = 0;
+  for (auto _ : state) {
+    ++i;
+    insert.Run(i + 0.25, i + 100, 1, 3);
+  }
+  database.Run("ROLLBACK");
+  state.SetItemsProcessed(state.iterations());
+}
+
 void CachedSelect(benchmark::State& state) {
   const BenchAccount account;
   const ConnectionRef connection = account.Connect();
@@ -76,6 +105,8 @@ void ParsedSelect(benchmark::State& state) {
 
 BENCHMARK(CachedInsert);
 BENCHMARK(PreparedInsert);
+BENCHMARK(CachedAmounts);
+BENCHMARK(PreparedAmounts);
 BENCHMARK(CachedSelect);
 BENCHMARK(PreparedSelect);
 BENCHMARK(ParsedSelect);

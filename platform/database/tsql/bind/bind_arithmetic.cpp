@@ -92,11 +92,14 @@ bool IsIntegerLiteral(const bound::Expression& expression) {
   return literal != nullptr && !literal->converted && expression.type.kind == TypeKind::Int;
 }
 
-// What takes part in decimal arithmetic has the digits of its type; only in a division do those of a whole literal
-// decide about the result.
-DataType DecimalOperandType(BindContext& context, bound::Expression& operand, BinaryOperator operation) {
-  const bool own_digits = operation == BinaryOperator::Divide || context.constant_literals;
-  if (IsIntegerLiteral(operand)) return own_digits ? OwnType(context, operand, true) : DecimalTypeOf(operand.type);
+// A whole number that is written beside a decimal is a decimal of its own digits, which decide about those of the
+// result; beside money it becomes money.
+DataType OperandType(BindContext& context, bound::Expression& operand, bool beside_decimal) {
+  const auto* constant = std::get_if<bound::Constant>(&operand.node);
+  if (constant != nullptr && beside_decimal && operand.type.kind == TypeKind::Int) {
+    return DecimalType(std::max(Decimal(std::get<std::int64_t>(constant->value)).IntegerDigits(), 1), 0);
+  }
+  if (IsIntegerLiteral(operand)) return beside_decimal ? OwnType(context, operand, true) : operand.type;
   return OwnType(context, operand);
 }
 
@@ -117,8 +120,9 @@ bound::ExpressionPtr Calculate(BindContext& context, bound::ExpressionPtr left, 
   if (IsText(left->type.kind)) left = ConvertTo(context, std::move(left), OwnType(context, *right), Purpose::Assign);
   if (IsText(right->type.kind)) right = ConvertTo(context, std::move(right), OwnType(context, *left), Purpose::Assign);
   if (IsExactNumber(common.kind)) {
-    const DataType left_type = DecimalOperandType(context, *left, operation);
-    const DataType right_type = DecimalOperandType(context, *right, operation);
+    const bool decimal = common.kind == TypeKind::Decimal;
+    const DataType left_type = OperandType(context, *left, decimal);
+    const DataType right_type = OperandType(context, *right, decimal);
     const DataType type = ArithmeticType(operation, left_type, right_type);
     left = AsDecimal(context, std::move(left), left_type);
     right = AsDecimal(context, std::move(right), right_type);

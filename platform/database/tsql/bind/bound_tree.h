@@ -21,7 +21,9 @@ using QueryPtr = std::unique_ptr<Query>;
 
 // ---- values ----
 
-struct Null {};
+struct Null {
+  bool typed = false;  // by a cast, and so no longer of any type that is asked for
+};
 // A literal of the batch, bound as the expression's type whenever the statement runs.
 struct Literal {
   std::size_t index;

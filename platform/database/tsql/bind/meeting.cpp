@@ -8,6 +8,10 @@ namespace rebate::tsql {
 
 namespace {
 
+bool IsNullValue(const bound::Expression& expression) {
+  return std::holds_alternative<bound::Null>(expression.node);
+}
+
 bool IsDayAlone(TypeKind kind) {
   return kind == TypeKind::Date || kind == TypeKind::DateTime2;
 }
@@ -31,7 +35,8 @@ TypeFamily FamilyOf(TypeKind kind) {
 }
 
 bool IsNullLiteral(const bound::Expression& expression) {
-  return std::holds_alternative<bound::Null>(expression.node);
+  const auto* null = std::get_if<bound::Null>(&expression.node);
+  return null != nullptr && !null->typed;
 }
 
 void CheckConvertible(const DataType& from, const DataType& to, bool is_explicit) {
@@ -54,7 +59,7 @@ void CheckConvertible(const DataType& from, const DataType& to, bool is_explicit
 
 bound::ExpressionPtr ConvertTo(BindContext& context, bound::ExpressionPtr expression, const DataType& type, Purpose purpose,
                         bound::ExpressionPtr style) {
-  if (IsNullLiteral(*expression)) {
+  if (IsNullValue(*expression)) {
     expression->type = type;
     return expression;
   }
@@ -89,7 +94,7 @@ DataType OwnType(BindContext& context, bound::Expression& expression, bool in_de
 }
 
 bound::ExpressionPtr BringTo(BindContext& context, bound::ExpressionPtr expression, const DataType& common, Purpose purpose) {
-  if (IsNullLiteral(*expression)) {
+  if (IsNullValue(*expression)) {
     expression->type = common;
     return expression;
   }

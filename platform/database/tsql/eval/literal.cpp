@@ -18,15 +18,6 @@ std::string_view WithoutLeadingZeros(std::string_view digits) {
   return digits;
 }
 
-// The digits as they are written.
-Text PlainDigits(std::string_view digits, bool negated) {
-  digits = WithoutLeadingZeros(digits);
-  if (digits.ends_with('.')) digits.remove_suffix(1);
-  Text plain(negated ? "-" : "");
-  if (digits.starts_with('.') || digits.empty()) plain += '0';
-  return plain += digits;
-}
-
 [[noreturn]] void RefuseDigits(std::string_view digits) {
   throw Error(
       database_error::kStatement, "",
@@ -113,13 +104,9 @@ Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, c
     const double number = FloatOf(literal.text);
     return Convert(Value::Of(negated ? -number : number), FloatType(), to, purpose, pool);
   }
-  if (literal.kind == LiteralKind::Integer && !as_written && !IsText(to.kind)) {
+  if (literal.kind == LiteralKind::Integer && !as_written) {
     const Value value = Value::Of(IntegerOf(literal.text, negated));
     return to.kind == TypeKind::Int ? value : Convert(value, IntType(), to, purpose, pool);
-  }
-  if (IsText(to.kind)) {
-    const std::string_view digits = pool.Keep(PlainDigits(literal.text, negated));
-    return Convert(Value::Of(digits), TextType(TypeKind::VarChar, kLongestText), to, purpose, pool);
   }
   const Decimal number = DecimalOf(literal.text, negated);
   if (as_written) return Value::Of(number);

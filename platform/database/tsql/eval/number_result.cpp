@@ -49,17 +49,12 @@ void RefuseFloatOperation() {
   Refuse("An invalid floating point operation occurred.");
 }
 
-void RefuseOverflow(const DataType& type, std::optional<std::int64_t> number) {
-  const Text name(MessageName(type.kind));
-  const bool narrow = type.kind == TypeKind::TinyInt || type.kind == TypeKind::SmallInt;
-  if (narrow && number) {
-    Refuse("Arithmetic overflow error for data type " + name + ", value = " + std::to_string(*number) + ".");
-  }
-  Refuse("Arithmetic overflow error converting expression to data type " + name + ".");
+void RefuseOverflow(const DataType& type) {
+  Refuse("Arithmetic overflow error converting expression to data type " + Text(MessageName(type.kind)) + ".");
 }
 
 Value IntegerResult(std::int64_t number, const DataType& type) {
-  if (!Fits(number, type.kind)) RefuseOverflow(type, number);
+  if (!Fits(number, type.kind)) RefuseOverflow(type);
   return Value::Of(number);
 }
 

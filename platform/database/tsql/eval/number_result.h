@@ -9,8 +9,8 @@ namespace rebate::tsql {
 
 [[noreturn]] void RefuseDivisionByZero();
 [[noreturn]] void RefuseFloatOperation();
-// The number has no place in the type; `number` is told where the type's message tells it.
-[[noreturn]] void RefuseOverflow(const DataType& type, std::optional<std::int64_t> number = std::nullopt);
+// The result has no place in the type.
+[[noreturn]] void RefuseOverflow(const DataType& type);
 
 // `number`, where the integer type `type` holds it.
 Value IntegerResult(std::int64_t number, const DataType& type);

@@ -11,19 +11,9 @@ namespace {
 // The engine's functions take 127 arguments, of which the program is one.
 constexpr std::size_t kMostArguments = 120;
 constexpr std::size_t kLongestList = 30;  // of an IN that is calculated
+constexpr int kSymbols = 5;               // that wait on the parser's stack while it reads an argument
 constexpr std::string_view kTooDeep =
     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller queries.";
-
-// What only SQLite, or the runner, can tell.
-bool IsLeaf(const bound::Expression& expression) {
-  const auto& node = expression.node;
-  if (const auto* in = std::get_if<bound::InList>(&node)) return in->items.size() > kLongestList;
-  return std::holds_alternative<bound::Literal>(node) || std::holds_alternative<bound::Constant>(node) ||
-         std::holds_alternative<bound::Column>(node) || std::holds_alternative<bound::Variable>(node) ||
-         std::holds_alternative<bound::System>(node) || std::holds_alternative<bound::Aggregate>(node) ||
-         std::holds_alternative<bound::ScalarQuery>(node) || std::holds_alternative<bound::InQuery>(node) ||
-         std::holds_alternative<bound::Exists>(node);
-}
 
 std::string_view ComparisonWord(BinaryOperator operation) {
   switch (operation) {
@@ -65,7 +55,7 @@ class Cutter {
 
   // The arguments that the expression takes.
   std::size_t Count(const bound::Expression& expression) {
-    if (IsLeaf(expression)) return 1;
+    if (IsArgument(expression)) return 1;
     std::vector<std::pair<std::size_t, const bound::Expression*>> parts;
     std::size_t count = 0;
     ForEachPart(expression, [&](const bound::Expression& part) {
@@ -92,7 +82,7 @@ class Compiler {
 
   // `root` itself is compiled even where it could be left to another calculation.
   void Compile(const bound::Expression& expression, bool root = false) {
-    if (IsLeaf(expression) || (!root && cutter_.IsCut(expression))) return Argument(expression);
+    if (IsArgument(expression) || (!root && cutter_.IsCut(expression))) return Argument(expression);
     std::visit([&](const auto& node) { Node(expression, node); }, expression.node);
   }
 
@@ -240,6 +230,16 @@ class Compiler {
 
 }  // namespace
 
+bool IsArgument(const bound::Expression& expression) {
+  const auto& node = expression.node;
+  if (const auto* in = std::get_if<bound::InList>(&node)) return in->items.size() > kLongestList;
+  return std::holds_alternative<bound::Literal>(node) || std::holds_alternative<bound::Constant>(node) ||
+         std::holds_alternative<bound::Column>(node) || std::holds_alternative<bound::Variable>(node) ||
+         std::holds_alternative<bound::System>(node) || std::holds_alternative<bound::Aggregate>(node) ||
+         std::holds_alternative<bound::ScalarQuery>(node) || std::holds_alternative<bound::InQuery>(node) ||
+         std::holds_alternative<bound::Exists>(node);
+}
+
 void PrintCalculation(PrintState& state, const bound::Expression& expression, SqlText& out) {
   Cutter cutter(kMostArguments - 20);
   cutter.Count(expression);
@@ -248,10 +248,16 @@ void PrintCalculation(PrintState& state, const bound::Expression& expression, Sq
   const Calculation calculation = compiler.Finish();
   if (calculation.arguments.size() > kMostArguments) RefuseStatement(Text(kTooDeep));
   out << (calculation.varies ? "t_calc_anew(" : "t_calc(") << SqlString(calculation.program);
+  state.symbols += kSymbols;
   for (const bound::Expression* argument : calculation.arguments) {
     out << ',';
-    PrintValue(state, *argument, out);
+    if (cutter.IsCut(*argument)) {
+      PrintCalculation(state, *argument, out);
+    } else {
+      PrintValue(state, *argument, out);
+    }
   }
+  state.symbols -= kSymbols;
   out << ')';
 }
 

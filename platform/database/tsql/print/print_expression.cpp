@@ -12,7 +12,17 @@ namespace {
 // SQLite's parser takes no deep text: a value of more levels is calculated outside of it, and so is what lies deeper in
 // conditions, in which it must see what an index could serve.
 constexpr int kHighestValue = 6;
-constexpr int kDeepestText = 14;
+// What a value of so many levels needs is left of the parser's stack.
+constexpr int kMostSymbols = 50;
+
+// The symbols that wait on the parser's stack while it reads an operand of the node, at most.
+int SymbolsOf(const bound::Expression::Node& node) {
+  if (std::holds_alternative<bound::Case>(node)) return 6;
+  const bool listed = std::holds_alternative<bound::Coalesce>(node) || std::holds_alternative<bound::NullIf>(node) ||
+                      std::holds_alternative<bound::Aggregate>(node) || std::holds_alternative<bound::InList>(node) ||
+                      std::holds_alternative<bound::InQuery>(node) || std::holds_alternative<bound::Between>(node);
+  return listed ? 5 : 3;
+}
 
 std::string_view SqlOperator(BinaryOperator operation) {
   switch (operation) {
@@ -44,8 +54,8 @@ bool IsKeptAlike(const DataType& from, const DataType& to) {
   if (from == to) return true;
   if (IsText(from.kind) && IsText(to.kind)) {
     const bool varying = to.kind == TypeKind::NVarChar || to.kind == TypeKind::VarChar;
-    const bool as_long = to.length == DataType::kMaxLength ||
-                         (from.length != DataType::kMaxLength && from.length <= to.length);
+    const bool as_long =
+        to.length == DataType::kMaxLength || (from.length != DataType::kMaxLength && from.length <= to.length);
     // Bytes of a code page are never fewer than UTF-16 units.
     return varying && as_long && (IsNational(to.kind) || !IsNational(from.kind));
   }
@@ -65,8 +75,8 @@ struct Wrapping {
 };
 std::optional<Wrapping> NativeConversion(const DataType& from, const DataType& to) {
   if (IsKeptAlike(from, to)) return Wrapping{"", ""};
-  const bool whole_decimal = IsInteger(from.kind) && to.kind == TypeKind::Decimal &&
-                             DecimalTypeOf(from).precision <= to.precision - to.scale;
+  const bool whole_decimal =
+      IsInteger(from.kind) && to.kind == TypeKind::Decimal && DecimalTypeOf(from).precision <= to.precision - to.scale;
   if (whole_decimal || (IsInteger(from.kind) && to.kind == TypeKind::Money && from.kind <= TypeKind::Int)) {
     return Wrapping{"CAST(", " AS TEXT)"};
   }
@@ -84,15 +94,16 @@ class ExpressionPrinter {
   // A value, or a condition as the 0 or 1 that it is.
   void Print(const bound::Expression& expression) {
     if (!IsText(expression)) return PrintCalculation(state_, expression, out_);
-    ++depth_;
+    const int symbols = SymbolsOf(expression.node);
+    state_.symbols += symbols;
     std::visit([&](const auto& node) { PrintNode(expression, node); }, expression.node);
-    --depth_;
+    state_.symbols -= symbols;
   }
 
  private:
   bool IsText(const bound::Expression& expression) const {
     if (expression.height == 1) return true;
-    if (depth_ >= kDeepestText) return std::holds_alternative<bound::ScalarQuery>(expression.node);
+    if (state_.symbols >= kMostSymbols) return IsArgument(expression);
     const bool value = std::holds_alternative<bound::Coalesce>(expression.node) ||
                        std::holds_alternative<bound::Case>(expression.node) ||
                        std::holds_alternative<bound::NullIf>(expression.node) ||
@@ -150,10 +161,9 @@ class ExpressionPrinter {
   }
 
   void PrintNode(const bound::Expression& expression, const bound::Convert& node) {
-    const auto native =
-        node.style || (node.purpose == Purpose::Match && tsql::IsText(node.operand->type.kind))
-            ? std::nullopt
-            : NativeConversion(node.operand->type, expression.type);
+    const auto native = node.style || (node.purpose == Purpose::Match && tsql::IsText(node.operand->type.kind))
+                            ? std::nullopt
+                            : NativeConversion(node.operand->type, expression.type);
     if (!native) return PrintCalculation(state_, expression, out_);
     out_ << native->before;
     Print(*node.operand);
@@ -207,9 +217,16 @@ class ExpressionPrinter {
   }
 
   void PrintNode(const bound::Expression&, const bound::Coalesce& node) {
-    out_ << "coalesce(";
-    PrintList(node.arguments, ",");
-    out_ << ')';
+    // The engine's functions take 127 arguments: the rest of a longer list is a list of its own.
+    constexpr std::size_t kMostArguments = 100;
+    std::size_t lists = 0;
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+      const bool opens = i % kMostArguments == 0 && (i == 0 || i + 1 < node.arguments.size());
+      if (i > 0) out_ << ',';
+      if (opens) out_ << "coalesce(", ++lists;
+      Print(*node.arguments[i]);
+    }
+    out_ << Text(lists, ')');
   }
 
   void PrintNode(const bound::Expression& expression, const bound::NullIf& node) {
@@ -362,7 +379,6 @@ class ExpressionPrinter {
 
   PrintState& state_;
   SqlText& out_;
-  int depth_ = 0;
 };
 
 }  // namespace

@@ -138,12 +138,7 @@ class FromPrinter {
   const Text& CommonName(const bound::CommonTable& table) {
     const auto found = state_.common_names.find(&table);
     if (found != state_.common_names.end()) return found->second;
-    const int depth = std::exchange(state_.query_depth, 0);
-    SqlText text;
-    PrintQuery(state_, *table.query, true, text);
-    state_.query_depth = depth;
-    const Text name = NewName(state_, "_with_" + table.name);
-    state_.in_front.emplace_back(name, std::move(text));
+    const Text name = PutInFront(state_, *table.query, "_with_" + table.name);
     return state_.common_names.emplace(&table, name).first->second;
   }
 

@@ -9,6 +9,8 @@ namespace {
 constexpr std::size_t kMostCores = 400;
 // A query in so many others stands in front of the statement: the engine's parser takes no deep text.
 constexpr int kDeepestQuery = 4;
+constexpr int kSymbols = 7;  // that wait on the parser's stack while it reads a part of a query, about
+constexpr int kMostSymbols = 40;
 
 std::string_view SqlOperator(SetOperator operation) {
   switch (operation) {
@@ -90,8 +92,7 @@ class CorePrinter {
 
   // The engine pushes a join into a union only where the select around them doesn't group.
   bool Regroups() const {
-    return core_.grouped &&
-           (core_.sources.size() > 1 || (core_.sources.size() == 1 && !core_.sources.front()->table));
+    return core_.grouped && (core_.sources.size() > 1 || (core_.sources.size() == 1 && !core_.sources.front()->table));
   }
 
   // The inner select from which one that groups takes its columns. Its limit keeps the engine from merging the two.
@@ -123,8 +124,8 @@ class CorePrinter {
     for (std::size_t i = 0; i < core_.group_by.size(); ++i) {
       out << (i == 0 ? " GROUP BY " : ",");
       // A bare number would be taken for a position.
-      const bool constant = core_.group_by[i]->height == 1 &&
-                            !std::holds_alternative<bound::Column>(core_.group_by[i]->node);
+      const bool constant =
+          core_.group_by[i]->height == 1 && !std::holds_alternative<bound::Column>(core_.group_by[i]->node);
       if (constant) out << "NULL";
       if (!constant) PrintCollated(state_, *core_.group_by[i], Collated::Equality, out);
     }
@@ -203,19 +204,27 @@ Text NewName(PrintState& state, std::string_view name) {
 }
 
 void PrintQuery(PrintState& state, const bound::Query& query, bool named, SqlText& out) {
-  if (state.query_depth < kDeepestQuery || query.correlated) {
+  if ((state.query_depth < kDeepestQuery && state.symbols < kMostSymbols) || query.correlated) {
     ++state.query_depth;
+    state.symbols += kSymbols;
     PrintWhole(state, query, named, out);
     --state.query_depth;
+    state.symbols -= kSymbols;
     return;
   }
+  out << "SELECT * FROM " << PutInFront(state, query, "_query");
+}
+
+Text PutInFront(PrintState& state, const bound::Query& query, std::string_view name) {
   const int depth = std::exchange(state.query_depth, 0);
+  const int symbols = std::exchange(state.symbols, 0);
   SqlText text;
-  PrintWhole(state, query, true, text);
+  PrintQuery(state, query, true, text);
   state.query_depth = depth;
-  const Text name = NewName(state, "_query");
-  state.in_front.emplace_back(name, std::move(text));
-  out << "SELECT * FROM " << name;
+  state.symbols = symbols;
+  Text unique = NewName(state, name);
+  state.in_front.emplace_back(unique, std::move(text));
+  return unique;
 }
 
 void PrintCore(PrintState& state, const bound::Query& query, std::vector<const bound::Expression*> items,

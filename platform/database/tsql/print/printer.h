@@ -22,6 +22,8 @@ struct PrintState {
   // How a `getdate()` is written: in a definition as a function that the engine calls.
   bool in_definition = false;
   int query_depth = 0;
+  // About how many symbols the engine's parser, which takes a hundred, holds on its stack where the printing is.
+  int symbols = 0;
 };
 
 // ---- print_expression.cpp ----
@@ -47,12 +49,16 @@ struct Calculation {
   bool varies = false;  // the same arguments don't always give the same
 };
 Calculation MakeCalculation(const bound::Expression& expression);
+// Whether only SQLite, or the runner, can tell the value: to a calculation it is an argument.
+bool IsArgument(const bound::Expression& expression);
 
 // ---- print_query.cpp ----
 // `named`: its columns are called c1, c2, ... and carry their collations.
 void PrintQuery(PrintState& state, const bound::Query& query, bool named, SqlText& out);
 // A query of one core with other items than its own.
 void PrintCore(PrintState& state, const bound::Query& query, std::vector<const bound::Expression*> items, SqlText& out);
+// Puts the query in front of the statement; gives the name under which it stands there, made from `name`.
+Text PutInFront(PrintState& state, const bound::Query& query, std::string_view name);
 Text NewName(PrintState& state, std::string_view name);
 
 // ---- print_from.cpp ----
