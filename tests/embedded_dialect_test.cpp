@@ -116,6 +116,7 @@ TEST_F(EmbeddedDialect, KnowsDates) {
         "2025-02-28 13:05:06,1,5"},
        {"select cast('2024-01-31' as datetime) + 1, datediff(month, '2023-12-31', '2024-01-01')", "2024-02-01,1"},
        {"select isdate('2024-13-01'), isdate('2024-1-1')", "0,1"},
+       {"select datediff_big(second, '1900-01-01', '2026-01-01'), @@max_precision", "3976214400,38"},
        {"select count(*) from t_n where getdate() = getdate() and datediff(mi, getdate(), current_timestamp) = 0",
         "4"}});
   CheckRefused({{"select 1 from t_n where FDate > 'soon'",

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/eval/aggregate.h"
 #include "platform/database/tsql/eval/function.h"
 #include "platform/database/tsql/eval/like.h"
@@ -630,6 +631,8 @@ TEST(EvalAggregates, FitTheirType) {
       {AggregateKind::Sum, "bigint", "9223372036854775807|9223372036854775807|-9223372036854775807", "bigint",
        "9223372036854775807"},
       {AggregateKind::Sum, "bigint", "9223372036854775807|1", "bigint", Overflow("bigint")},
+      {AggregateKind::Sum, "bigint", "-9223372036854775808|-1|1", "bigint", "-9223372036854775808"},
+      {AggregateKind::Sum, "bigint", "-9223372036854775808|-9223372036854775808|1", "bigint", Overflow("bigint")},
       {AggregateKind::Avg, "int", "1|2|null", "int", "1"},
       {AggregateKind::Avg, "int", "-1|-2", "int", "-1"},
       {AggregateKind::Avg, "int", "2147483647|1", "int", Overflow("int")},

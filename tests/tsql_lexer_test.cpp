@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/parse/lexer.h"
 
 namespace rebate::tsql {

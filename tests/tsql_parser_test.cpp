@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/parse/parser.h"
 #include "tests/tsql_dump.h"
 

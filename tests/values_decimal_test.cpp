@@ -199,6 +199,9 @@ TEST(NumberText, ReadsNumbersWholeOrNotAtAll) {
     EXPECT_EQ(ReadFloat(text).outcome, FloatReading::Outcome::NoNumber) << text;
     EXPECT_EQ(ReadInteger(text).outcome, FloatReading::Outcome::NoNumber) << text;
   }
+  EXPECT_EQ(WholeNumber<std::int16_t>("-32768"), -32768);
+  for (const char* text : {"", "-", "+1", " 1", "1 ", "1.", "32768"})
+    EXPECT_FALSE(WholeNumber<std::int16_t>(text)) << text;
   EXPECT_EQ(ReadInteger("9223372036854775808").outcome, FloatReading::Outcome::Overflow);
   EXPECT_EQ(PlainDigits("-1.25e3"), "-1250");
   EXPECT_EQ(PlainDigits("12345678901234567890.123456789e-2"), "123456789012345678.90123456789");

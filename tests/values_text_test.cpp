@@ -27,6 +27,9 @@ TEST(Texts, CountByBytesUnitsAndCharacters) {
   EXPECT_EQ(FirstUnits("a😀b", 2, true), "a");
   EXPECT_EQ(FirstUnits("a😀b", 3, true), "a😀");
   EXPECT_EQ(FirstCharacters("促销ab", 3), "促销a");
+  EXPECT_EQ(FirstBytes("促销ab", 5), "促");
+  EXPECT_EQ(FirstBytes("促销ab", 7), "促销a");
+  EXPECT_EQ(FirstBytes("促销", 6), "促销");
 }
 
 // Bytes of every kind, torn characters among them.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/database/tsql/catalog.h"
 
 namespace rebate {

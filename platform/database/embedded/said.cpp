@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
 #include "platform/values/ascii.h"
 #include "platform/values/number_text.h"
 #include "platform/values/text.h"

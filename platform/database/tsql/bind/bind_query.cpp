@@ -1,11 +1,11 @@
 #include "platform/database/tsql/bind/bind_query.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "platform/database/tsql/bind/bind_expression.h"
 #include "platform/database/tsql/bind/meeting.h"
 #include "platform/values/ascii.h"
+#include "platform/values/number_text.h"
 
 namespace rebate::tsql {
 
@@ -86,8 +86,7 @@ bound::Core BindCore(BindContext& context, const SelectCore& tree, Scope& scope,
 
 std::size_t PositionOf(BindContext& context, const Literal& literal, std::size_t count) {
   const LiteralToken& token = context.literals[literal.index];
-  std::size_t position = 0;
-  std::from_chars(token.text.data(), token.text.data() + token.text.size(), position);
+  const std::size_t position = WholeNumber<std::size_t>(token.text).value_or(0);
   if (token.kind != LiteralKind::Integer || position < 1 || position > count) {
     RefuseStatement("The ORDER BY position number " + Text(token.text) +
                     " is out of range of the number of items in the select list.");

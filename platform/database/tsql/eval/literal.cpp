@@ -5,6 +5,7 @@
 
 #include "platform/automation/error.h"
 #include "platform/database/error_numbers.h"
+#include "platform/values/number_text.h"
 #include "platform/values/text.h"
 
 namespace rebate::tsql {
@@ -42,8 +43,7 @@ double FloatOf(std::string_view digits) {
 }
 
 std::int64_t IntegerOf(std::string_view digits, bool negated) {
-  std::int64_t integer = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), integer);
+  const std::int64_t integer = WholeNumber<std::int64_t>(digits).value_or(0);
   return negated ? -integer : integer;
 }
 

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <map>
+#include <optional>
 #include <stdexcept>
 
 #include "platform/database/tsql/eval/compare.h"
 #include "platform/values/ascii.h"
+#include "platform/values/number_text.h"
 
 namespace rebate::tsql {
 
@@ -86,10 +87,9 @@ constexpr std::array<PurposeWord, 4> kConversions{{{"cast", Purpose::Cast},
 }
 
 std::size_t ReadCount(std::string_view text) {
-  std::size_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) Fail(text);
-  return number;
+  const std::optional<std::size_t> number = WholeNumber<std::size_t>(text);
+  if (!number) Fail(text);
+  return *number;
 }
 
 template <std::size_t Count>

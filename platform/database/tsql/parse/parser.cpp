@@ -210,7 +210,7 @@ int Parser::ParsePositive(int highest) {
   const Token& token = Peek();
   if (token.kind != TokenKind::Literal || token.literal_kind != LiteralKind::Integer) FailHere();
   TakeFixedLiteral();
-  const int value = WholeNumber<int>(token.text).value_or(highest + 1);  // no int holds a longer one
+  const int value = WholeNumber<int>(token.text).value_or(0);
   if (value == 0) ThrowSyntax("Length or precision 0 is invalid.");
   if (value > highest) {
     ThrowSyntax("The size (" + Text(token.text) + ") given exceeds the maximum allowed (" + std::to_string(highest) +

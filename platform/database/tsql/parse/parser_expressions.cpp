@@ -55,16 +55,23 @@ bool IsCondition(const Expression& expression) {
          std::holds_alternative<Like>(expression.node) || std::holds_alternative<IsNull>(expression.node);
 }
 
-constexpr std::string_view kDatePartFunctions[] = {"dateadd", "datediff", "datepart", "datename"};
-constexpr std::string_view kSystemVariables[] = {"@@identity", "@@rowcount",   "@@trancount", "@@error",   "@@version",
-                                                 "@@spid",     "@@servername", "@@datefirst", "@@language"};
+constexpr std::string_view kDatePartFunctions[] = {"dateadd", "datediff", "datediff_big", "datepart", "datename"};
+constexpr std::string_view kSystemVariables[] = {"@@identity", "@@rowcount",     "@@trancount",  "@@error",
+                                                 "@@version",  "@@spid",         "@@servername", "@@datefirst",
+                                                 "@@language", "@@max_precision"};
 // What a server tells besides.
-constexpr std::string_view kForeignSystemVariables[] = {
-    "@@connections",   "@@cpu_busy",         "@@cursor_rows",  "@@dbts",         "@@fetch_status",
-    "@@idle",          "@@io_busy",          "@@langid",       "@@lock_timeout", "@@max_connections",
-    "@@max_precision", "@@microsoftversion", "@@nestlevel",    "@@options",      "@@pack_received",
-    "@@pack_sent",     "@@packet_errors",    "@@procid",       "@@remserver",    "@@servicename",
-    "@@textsize",      "@@timeticks",        "@@total_errors", "@@total_read",   "@@total_write"};
+constexpr std::string_view kForeignSystemVariables[] = {"@@connections",      "@@cpu_busy",
+                                                        "@@cursor_rows",      "@@dbts",
+                                                        "@@fetch_status",     "@@idle",
+                                                        "@@io_busy",          "@@langid",
+                                                        "@@lock_timeout",     "@@max_connections",
+                                                        "@@microsoftversion", "@@nestlevel",
+                                                        "@@options",          "@@pack_received",
+                                                        "@@pack_sent",        "@@packet_errors",
+                                                        "@@procid",           "@@remserver",
+                                                        "@@servicename",      "@@textsize",
+                                                        "@@timeticks",        "@@total_errors",
+                                                        "@@total_read",       "@@total_write"};
 
 template <std::size_t Count>
 bool Contains(const std::string_view (&names)[Count], std::string_view name) {
