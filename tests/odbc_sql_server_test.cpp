@@ -11,9 +11,9 @@
 
 #include "platform/automation/conversion.h"
 #include "platform/database/odbc/odbc_account.h"
+#include "platform/values/ascii.h"
 #include "tests/error_of.h"
 #include "tests/postgres_server.h"
-#include "platform/values/ascii.h"
 #include "tests/tds_server.h"
 
 namespace rebate {
@@ -142,8 +142,8 @@ TEST_F(OdbcSqlServer, TellsARefusedLoginAsThat) {
 
 TEST_F(OdbcSqlServer, APasswordArrivesAsItIs) {
   const ScratchFile file;
-  for (const Text password : {"plain", " a b ", "a;b", "a}b", "a{b", "{ab}", "}", ";", "a;b}", "a=b;PWD=c", "\"a\"", "\"",
-                              "'", "促销;é}", "{", "a}}b", "%41+&"}) {
+  for (const Text password : {"plain", " a b ", "a;b", "a}b", "a{b", "{ab}", "}", ";", "a;b}", "a=b;PWD=c", "\"a\"",
+                              "\"", "'", "促销;é}", "{", "a}}b", "%41+&"}) {
     EXPECT_EQ(ArrivesAs("PWD={" + Replace(password, "}", "}}") + "};AppName=x"), password);
     ::setenv("REBATE_TEST_PASSWORD", password.c_str(), 1);
     EXPECT_EQ(ArrivesAs("PasswordEnv=REBATE_TEST_PASSWORD"), password);
@@ -155,12 +155,9 @@ TEST_F(OdbcSqlServer, APasswordArrivesAsItIs) {
     Text keys;
     const char* told;
   } kRefused[] = {
-      {"PWD={hush}};}", "can't be told"},
-      {"PasswordEnv=REBATE_TEST_PASSWORD", "isn't set"},
-      {"PasswordEnv=", "names nothing"},
-      {"PasswordFile=/no/such/hush.file", "can't be read"},
-      {"PasswordFile=/", "no file"},
-      {"PWD=hush;PasswordEnv=HOME", "twice"},
+      {"PWD={hush}};}", "can't be told"}, {"PasswordEnv=REBATE_TEST_PASSWORD", "isn't set"},
+      {"PasswordEnv=", "names nothing"},  {"PasswordFile=/no/such/hush.file", "can't be read"},
+      {"PasswordFile=/", "no file"},      {"PWD=hush;PasswordEnv=HOME", "twice"},
       {"PWD='hush;x'", "braces"},
   };
   for (const auto& one : kRefused) {
@@ -194,6 +191,7 @@ TEST_F(OdbcSqlServer, AConnectionThatWasClosedWhileIdleIsOpenedAnewOnce) {
   account_->RollbackWork();
   EXPECT_EQ(Sent(), (Requests{"begin", "insert one"})) << "nothing runs behind what was done and lost";
 
+  Value("select @@trancount");
   server_.CloseClient();
   EXPECT_EQ(Failure("commit tran").number, database_error::kConnection) << "it may have stood before";
 }
@@ -221,12 +219,15 @@ TEST_F(OdbcSqlServer, AUnitThatReadsLocksNothingAndWritesOnlyOnWhatItRead) {
     const Error error = Failure(writes);
     EXPECT_EQ(error.number, database_error::kConnection) << writes;
     EXPECT_NE(error.description.find("try again"), Text::npos) << error.description;
-    EXPECT_EQ(Sent(), (Requests{"begin", "select shown", "select @@trancount", "rollback"}));
+    const Requests sent = Sent();
+    EXPECT_EQ(Requests(sent.begin(), sent.begin() + 4),
+              (Requests{"begin", "select shown", "select @@trancount", "rollback"}));
     EXPECT_NE(ErrorOf([&] { account_->CommitWork(); }).number, 0);
   }
 }
 
 TEST_F(OdbcSqlServer, GivesUpInTheTimeThatIsSet) {
+  account_ = nullptr;
   account_ = OpenOdbc(text_ + ";PWD=x;Query Timeout=1");
   account_->BeginWork();
   const auto start = std::chrono::steady_clock::now();
@@ -245,16 +246,19 @@ TEST_F(OdbcSqlServer, RefusesCharactersThatTheDatabaseLacks) {
   for (const char* text : {"insert 'a😀'", "insert N'x', '😀'"}) {
     EXPECT_NE(Failure(text).description.find("'😀'"), Text::npos) << text;
   }
-  EXPECT_EQ(Sent(), Requests{"select @@trancount"});
+  EXPECT_EQ(Sent(), Requests{}) << "nothing of them runs";
 }
 
 TEST_F(OdbcSqlServer, CommitsTheLevelsThatATextLeftOpen) {
   const struct {
     const char* text;
     bool begins;
-  } kCases[] = {{"Begin Tran insert x", true},      {"begin  \t transaction insert x", true},
-                {"begin/* 1 */tran insert x", true}, {"begin -- 1\ntran insert x", true},
-                {"insert 'begin tran'", false},      {"begin insert x end", false},
+  } kCases[] = {{"Begin Tran insert x", true},
+                {"begin  \t transaction insert x", true},
+                {"begin/* 1 */tran insert x", true},
+                {"begin -- 1\ntran insert x", true},
+                {"insert 'begin tran'", false},
+                {"begin insert x end", false},
                 {"exec anything", true}};
   for (const auto& one : kCases) {
     account_->BeginWork();
@@ -262,7 +266,8 @@ TEST_F(OdbcSqlServer, CommitsTheLevelsThatATextLeftOpen) {
     account_->Execute(one.text);
     account_->CommitWork();
     const Requests sent = Sent();
-    EXPECT_EQ(std::count(sent.begin(), sent.end(), "while @@trancount > 1 commit tran"), one.begins ? 1 : 0) << one.text;
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "while @@trancount > 1 commit tran"), one.begins ? 1 : 0)
+        << one.text;
     EXPECT_EQ(std::count(sent.begin(), sent.end(), "commit"), 1) << one.text;
     EXPECT_EQ(Value("select @@trancount"), 0);
     server_.TakeRequests();
