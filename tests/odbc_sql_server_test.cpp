@@ -47,11 +47,12 @@ class OdbcSqlServer : public testing::Test {
             ";TDS_Version=7.4;Database=shop;UID=sa";
     account_ = OpenOdbc(text_ + ";PWD=x");
     const Requests sent = server_.TakeRequests();
-    ASSERT_EQ(sent.size(), 2u);
-    for (const char* option : {"textsize 2147483647", "dateformat mdy", "numeric_roundabort off", "arithabort"}) {
+    ASSERT_EQ(sent.size(), 3u);
+    for (const char* option :
+         {"textsize 2147483647", "dateformat mdy", "lock_timeout 119500", "numeric_roundabort off", "arithabort"}) {
       EXPECT_NE(sent[0].find(option), Text::npos) << sent[0];
     }
-    EXPECT_TRUE(EqualsIgnoreCase(TrimWhite(sent[1]), "set transaction isolation level serializable")) << sent[1];
+    EXPECT_TRUE(EqualsIgnoreCase(TrimWhite(sent[2]), "set transaction isolation level serializable")) << sent[2];
   }
   void TearDown() override { account_ = nullptr; }
 
@@ -62,7 +63,9 @@ class OdbcSqlServer : public testing::Test {
   // The requests since the last time, without those that open a connection.
   Requests Sent() {
     Requests sent = server_.TakeRequests();
-    std::erase_if(sent, [](const Text& text) { return text.starts_with("set ") || text.starts_with("SET "); });
+    std::erase_if(sent, [](const Text& text) {
+      return text.starts_with("set ") || text.starts_with("SET ") || text.find("'CodePage'") != Text::npos;
+    });
     return sent;
   }
   // Connects and gives the password that arrived.
@@ -226,9 +229,20 @@ TEST_F(OdbcSqlServer, AUnitThatReadsLocksNothingAndWritesOnlyOnWhatItRead) {
   }
 }
 
+TEST_F(OdbcSqlServer, DoesWithoutOptionsThatAServerRefuses) {
+  server_.RefuseOptions();
+  account_ = nullptr;
+  account_ = OpenOdbc(text_ + ";PWD=x");
+  const Requests sent = server_.TakeRequests();
+  EXPECT_NE(std::find(sent.begin(), sent.end(), "set arithabort on"), sent.end()) << "the others still count";
+  EXPECT_EQ(Failure("insert one").number, 0);
+}
+
 TEST_F(OdbcSqlServer, GivesUpInTheTimeThatIsSet) {
   account_ = nullptr;
   account_ = OpenOdbc(text_ + ";PWD=x;Query Timeout=1");
+  EXPECT_NE(server_.TakeRequests().at(0).find("lock_timeout 900"), Text::npos)
+      << "the server gives up a wait for a lock first: a driver waits for its answer as long again";
   account_->BeginWork();
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(Failure("wait").number, database_error::kTimeout);

@@ -253,6 +253,9 @@ Text OneNumber(std::int32_t number) {
 Text TdsServer::Answer(const Text& text) {
   Note(text);
   if (text.find("'CodePage'") != Text::npos && code_page_ != 0) return OneNumber(code_page_);
+  if (refuses_options_ && text.starts_with("set ") && text.find(" set ") != Text::npos) {
+    return Message(156, 15, "Incorrect syntax near an option.") + Done(kFailed);
+  }
   if (text == "wait") return kNoAnswer;
   if (text.starts_with("error ")) {
     return Message(std::stoi(text.substr(6)), 16, "Refused: " + text) + Done(kFailed);

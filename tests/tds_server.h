@@ -38,6 +38,8 @@ class TdsServer {
   // The code page of the database, 0 for one that isn't told, for logins from now on.
   void SetCodePage(int code_page) { code_page_ = code_page; }
   void SetShown(int value) { shown_ = value; }
+  // A text that sets several options is refused from now on.
+  void RefuseOptions() { refuses_options_ = true; }
   // Logins from now on are refused with this error; 0 for none.
   void RefuseLogins(int error) { login_error_ = error; }
   // Closes the connection that is open, as a server does to an idle one.
@@ -59,6 +61,7 @@ class TdsServer {
   std::atomic<int> code_page_ = 0;
   std::atomic<int> shown_ = 0;
   std::atomic<int> login_error_ = 0;
+  std::atomic<bool> refuses_options_ = false;
   std::thread thread_;
 };
 

@@ -150,16 +150,46 @@ void Link::IsolateByStatement() {
   isolated_ = true;
 }
 
-// Indexes on computed columns take no row from a session with other options than these; dates are written year first.
 void Link::PrepareSqlServer() {
-  const Ref<RowSet> page = Run(
-      "set textsize 2147483647 set dateformat mdy set implicit_transactions, numeric_roundabort off "
-      "set ansi_nulls, ansi_padding, ansi_warnings, arithabort, concat_null_yields_null, quoted_identifier on "
+  SetOptions();
+  const Ref<RowSet> page = RunWhereKnown(
       "select cast(collationproperty(cast(databasepropertyex(db_name(), 'Collation') as nvarchar(128)), 'CodePage') "
-      "as int)",
-      {});
+      "as int)");
   if (page && page->row_count() == 1 && !page->Cell(0, 0).IsNull()) {
     characters_->SetServerCodePage(ToLong(page->Cell(0, 0)));
+  }
+}
+
+// An index on a computed column takes no row from a session with other options than these, and some drivers ask for
+// others, or to cut long texts off. A wait for a lock is ended by the server, shortly before the driver would: on a
+// server that doesn't answer it at once, a driver waits as long again for its cancellation.
+void Link::SetOptions() {
+  const SQLULEN milliseconds = query_timeout_ * 1000;
+  const Text lock_wait =
+      query_timeout_ == 0 ? "-1" : std::to_string(milliseconds - std::min<SQLULEN>(500, milliseconds / 10));
+  std::vector<Text> options = {"set textsize 2147483647", "set dateformat mdy", "set lock_timeout " + lock_wait,
+                               "set implicit_transactions off", "set numeric_roundabort off"};
+  for (const char* option :
+       {"ansi_nulls", "ansi_padding", "ansi_warnings", "arithabort", "concat_null_yields_null", "quoted_identifier"}) {
+    options.push_back("set " + Text(option) + " on");
+  }
+  Text together;
+  for (const Text& option : options) together += (together.empty() ? "" : " ") + option;
+  try {
+    Run(together, {});
+  } catch (const ServerError& error) {
+    if (error.effect != ServerError::Effect::StatementRefused) throw;
+    for (const Text& option : options) RunWhereKnown(option);
+  }
+}
+
+// Not every server that speaks the protocol knows all of the language.
+Ref<RowSet> Link::RunWhereKnown(std::string_view text) {
+  try {
+    return Run(text, {});
+  } catch (const ServerError& error) {
+    if (error.effect != ServerError::Effect::StatementRefused) throw;
+    return nullptr;
   }
 }
 

@@ -62,8 +62,11 @@ class Link {
   // Sees to it that the transactions are serializable.
   void Isolate();
   void IsolateByStatement();
-  // Sets what the account's statements and indexes rely on.
+  // Sets what the account's statements and indexes rely on, and learns what texts the server keeps.
   void PrepareSqlServer();
+  void SetOptions();
+  // Null where the server refuses the text.
+  Ref<RowSet> RunWhereKnown(std::string_view text);
   void SetAutocommit(bool on);
   void EndTransaction(SQLSMALLINT completion);
   void Check(SQLRETURN outcome) const;
