@@ -8,6 +8,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "platform/automation/conversion.h"
 #include "platform/database/odbc/odbc_account.h"
@@ -153,6 +154,16 @@ TEST_F(OdbcSqlServer, APasswordArrivesAsItIs) {
     file.Write(password + "\r\nsecond line", 0600);
     EXPECT_EQ(ArrivesAs("passwordfile={" + file.path() + "}"), password);
   }
+  // A data source that is registered says what the driver is.
+  file.Write("[shop]\nDriver=" + FindDriver("libtdsodbc.so") +
+                 "\nServer=127.0.0.1\nTDS_Version=7.4\nPort=" + std::to_string(server_.port()) + "\n",
+             0600);
+  ::setenv("ODBCINI", file.path().c_str(), 1);
+  const Text unregistered = std::exchange(text_, "DSN=shop;UID=sa");
+  EXPECT_EQ(ArrivesAs("PWD={a;b}}c}"), "a;b}c");
+  EXPECT_EQ(ArrivesAs("PasswordEnv=REBATE_TEST_PASSWORD"), "%41+&");
+  text_ = unregistered;
+  ::unsetenv("ODBCINI");
   ::unsetenv("REBATE_TEST_PASSWORD");
   const struct {
     Text keys;

@@ -24,7 +24,7 @@ Text DriverText(const std::vector<ConnectionKey>& keys, Braces braces);
 // `Key=Value;` so that the driver reads the value as it is.
 Text DriverKey(std::string_view key, std::string_view value, Braces braces);
 
-// The value of the environment variable, and the first line of the file, as a password. Each raises where there is
+// The value of the environment variable, and the first line of the file, as a password. Each raises where there is none;
 // none; the file must be one that its owner alone can read.
 Text PasswordFromEnvironment(const Text& name);
 Text PasswordFromFile(const Text& path);
