@@ -129,15 +129,13 @@ TEST_F(OdbcPostgres, GivesUpAStatementThatTakesTooLong) {
   account_->BeginWork();
   account_->Execute("update goods set name = 'oil'");
   const ConnectionRef hasty = OpenOdbc(server_->ConnectionText() + ";Query Timeout=1");
-  for (const bool in_unit : {false, true}) {
-    for (const char* text : {"select pg_sleep(20)", "update goods set name = 'rice'"}) {
-      if (in_unit) hasty->BeginWork();
-      const auto start = std::chrono::steady_clock::now();
-      EXPECT_EQ(ErrorOf([&] { hasty->Execute(text); }).number, database_error::kTimeout);
-      EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1800)) << text;
-      hasty->RollbackWork();
-      EXPECT_EQ(ToLong(hasty->Execute("select 1")->FieldValue(0)), 1);
-    }
+  for (const char* text : {"select pg_sleep(20)", "update goods set name = 'rice'"}) {
+    hasty->BeginWork();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ErrorOf([&] { hasty->Execute(text); }).number, database_error::kTimeout);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1800)) << text;
+    hasty->RollbackWork();
+    EXPECT_EQ(ToLong(hasty->Execute("select 1")->FieldValue(0)), 1);
   }
 }
 

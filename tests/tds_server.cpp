@@ -272,7 +272,8 @@ Text TdsServer::Answer(const Text& text) {
     return TransactionChange(10) + Message(1205, 13, "Rerun the transaction.") + Done(kFailed);
   }
   if (text.starts_with("select @")) return OneNumber(open_transactions_);
-  if (text.starts_with("select")) return OneNumber(shown_);
+  if (text.starts_with("select") && shown_ >= 0) return OneNumber(shown_);
+  if (text.starts_with("select")) return Message(-shown_, 16, "Refused.") + Done(kFailed);
   return Done(0);
 }
 

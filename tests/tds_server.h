@@ -37,6 +37,7 @@ class TdsServer {
 
   // The code page of the database, 0 for one that isn't told, for logins from now on.
   void SetCodePage(int code_page) { code_page_ = code_page; }
+  // A value below 0 is an error's number.
   void SetShown(int value) { shown_ = value; }
   // A text that sets several options is refused from now on.
   void RefuseOptions() { refuses_options_ = true; }

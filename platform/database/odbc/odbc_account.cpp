@@ -139,7 +139,13 @@ class OdbcConnection : public Connection {
       Lose();
       throw;
     }
-    ReadAgain();
+    try {
+      ReadAgain();
+    } catch (const Error&) {
+      Undo();
+      unit_ = Unit::Lost;
+      throw;
+    }
   }
 
   // What the unit read before it began to write is read again, and stays as it is from here on: a write that rests on a
