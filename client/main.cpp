@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -35,6 +36,8 @@ std::vector<std::string> TakeArguments(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  // The ODBC driver manager converts the texts of plain drivers by it. Numbers know no locale.
+  std::setlocale(LC_CTYPE, "");
   const bool asks = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
   rebate::Tool tool{std::cin, std::cout, std::cerr, TerminalWidth(STDOUT_FILENO), isatty(STDERR_FILENO) != 0, asks};
   const std::vector<std::string> arguments = TakeArguments(argc, argv);

@@ -86,6 +86,9 @@ TEST(DataSource, ShowsNoPassword) {
       {"PWD=a;b", "PWD=***"},
       {"UID={x;PWD=a};PWD=b", "UID={x;PWD=a};PWD=***"},
       {"PWD=;x;;PWD=a;;", "PWD=***;PWD=***"},
+      {"AccessToken=a;Access Token=b;ssl passphrase=c;x=d", "AccessToken=***;Access Token=***;ssl passphrase=***;x=d"},
+      {"PasswordEnv=A;PasswordFile=b", "PasswordEnv=A;PasswordFile=b"},
+      {"Unable to connect (PWD=b;UID=b): bad b", "Unable to connect (PWD=***;UID=b): bad b"},
       {"Old Password=a;KeystoreSecret=b;x", "Old Password=***;KeystoreSecret=***"},
   };
   for (const auto& one : kCases) EXPECT_EQ(WithoutSecrets(one.text), one.shown);

@@ -1,9 +1,18 @@
 #ifdef REBATE_HAS_ODBC
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <utility>
 
 #include "platform/automation/conversion.h"
 #include "platform/database/odbc/odbc_account.h"
+#include "platform/values/ascii.h"
 #include "tests/error_of.h"
 #include "tests/postgres_server.h"
 #include "tests/tds_server.h"
@@ -13,6 +22,21 @@ namespace {
 
 using Requests = std::vector<Text>;
 
+// A file of the test's own.
+class ScratchFile {
+ public:
+  ScratchFile() { ::close(::mkstemp(path_.data())); }
+  ~ScratchFile() { std::filesystem::remove(path_); }
+  const Text& path() const { return path_; }
+  void Write(const Text& text, mode_t mode) const {
+    std::ofstream(path_) << text;
+    ::chmod(path_.c_str(), mode);
+  }
+
+ private:
+  Text path_ = std::filesystem::temp_directory_path() / "rebate-password-XXXXXX";
+};
+
 // The driver for a SQL Server against a server that answers from a list: shows what the driver makes of our calls and
 // of such answers, not what a server would say.
 class OdbcSqlServer : public testing::Test {
@@ -20,16 +44,39 @@ class OdbcSqlServer : public testing::Test {
   void SetUp() override {
     const Text driver = FindDriver("libtdsodbc.so");
     if (driver.empty()) GTEST_SKIP() << "FreeTDS isn't installed";
-    account_ = OpenOdbc("Driver=" + driver + ";Server=127.0.0.1;Port=" + std::to_string(server_.port()) +
-                        ";TDS_Version=7.4;Database=shop;UID=sa;PWD=x");
-    EXPECT_EQ(server_.TakeRequests(), Requests{"set textsize 2147483647"});
+    text_ = "Driver=" + driver + ";Server=127.0.0.1;Port=" + std::to_string(server_.port()) +
+            ";TDS_Version=7.4;Database=shop;UID=sa";
+    account_ = OpenOdbc(text_ + ";PWD=x");
+    const Requests sent = server_.TakeRequests();
+    ASSERT_EQ(sent.size(), 3u);
+    for (const char* option :
+         {"textsize 2147483647", "dateformat mdy", "lock_timeout 119500", "numeric_roundabort off", "arithabort"}) {
+      EXPECT_NE(sent[0].find(option), Text::npos) << sent[0];
+    }
+    EXPECT_TRUE(EqualsIgnoreCase(TrimWhite(sent[2]), "set transaction isolation level serializable")) << sent[2];
   }
   void TearDown() override { account_ = nullptr; }
 
   Error Failure(std::string_view text) {
     return ErrorOf([&] { account_->Execute(text); });
   }
+  Long Value(std::string_view text) { return ToLong(account_->Execute(text)->FieldValue(std::size_t{0})); }
+  // The requests since the last time, without those that open a connection.
+  Requests Sent() {
+    Requests sent = server_.TakeRequests();
+    std::erase_if(sent, [](const Text& text) {
+      return text.starts_with("set ") || text.starts_with("SET ") || text.find("'CodePage'") != Text::npos;
+    });
+    return sent;
+  }
+  // Connects and gives the password that arrived.
+  Text ArrivesAs(const Text& keys) {
+    account_ = nullptr;
+    account_ = OpenOdbc(text_ + ";" + keys);
+    return server_.password();
+  }
 
+  Text text_;
   TdsServer server_;
   ConnectionRef account_;
 };
@@ -61,30 +108,209 @@ TEST_F(OdbcSqlServer, KeepsTheKindsOfValues) {
 }
 
 TEST_F(OdbcSqlServer, NumbersErrorsAndKeepsTheServersWords) {
-  const Error unknown = Failure("unknown");
-  EXPECT_EQ(unknown.number, database_error::kStatement);
-  EXPECT_EQ(unknown.description, "Invalid column name 'abc'.");
-  const Error duplicate = Failure("duplicate");
-  EXPECT_EQ(duplicate.number, database_error::kConstraint);
-  EXPECT_EQ(duplicate.description, "Violation of PRIMARY KEY constraint 'pk'.\nThe statement has been terminated.");
+  const struct {
+    const char* text;
+    Long number;
+    const char* words;
+  } kCases[] = {
+      {"unknown", database_error::kStatement, "Invalid column name 'abc'."},
+      {"duplicate", database_error::kConstraint,
+       "Violation of PRIMARY KEY constraint 'pk'.\nThe statement has been terminated."},
+      {"error 547", database_error::kConstraint, "Refused: error 547"},
+      {"error 2601", database_error::kConstraint, "Refused: error 2601"},
+      {"error 515", database_error::kConstraint, "Refused: error 515"},
+      {"error 1222", database_error::kTimeout, "Refused: error 1222"},
+      {"error 208", database_error::kStatement, "Refused: error 208"},
+      {"error 8134", database_error::kStatement, "Refused: error 8134"},
+  };
+  for (const auto& one : kCases) {
+    const Error error = Failure(one.text);
+    EXPECT_EQ(error.number, one.number) << one.text;
+    EXPECT_EQ(error.description, one.words);
+  }
+}
+
+TEST_F(OdbcSqlServer, TellsARefusedLoginAsThat) {
+  const struct {
+    int error;
+    const char* advice;
+  } kCases[] = {{18456, "check the user and the password"}, {4060, "check the name behind Database="}};
+  for (const auto& one : kCases) {
+    server_.RefuseLogins(one.error);
+    const Error error = ErrorOf([&] { ArrivesAs("PWD=b"); });
+    EXPECT_EQ(error.number, database_error::kConnection);
+    EXPECT_NE(error.description.find(one.advice), Text::npos) << error.description;
+    EXPECT_NE(error.description.find("able to connect"), Text::npos) << "no letter is masked: " << error.description;
+  }
+}
+
+TEST_F(OdbcSqlServer, APasswordArrivesAsItIs) {
+  const ScratchFile file;
+  for (const Text password : {"plain", " a b ", "a;b", "a}b", "a{b", "{ab}", "}", ";", "a;b}", "a=b;PWD=c", "\"a\"",
+                              "\"", "'", "促销;é}", "{", "a}}b", "%41+&"}) {
+    EXPECT_EQ(ArrivesAs("PWD={" + Replace(password, "}", "}}") + "};AppName=x"), password);
+    ::setenv("REBATE_TEST_PASSWORD", password.c_str(), 1);
+    EXPECT_EQ(ArrivesAs("PasswordEnv=REBATE_TEST_PASSWORD"), password);
+    file.Write(password + "\r\nsecond line", 0600);
+    EXPECT_EQ(ArrivesAs("passwordfile={" + file.path() + "}"), password);
+  }
+  // A data source that is registered says what the driver is.
+  file.Write("[shop]\nDriver=" + FindDriver("libtdsodbc.so") +
+                 "\nServer=127.0.0.1\nTDS_Version=7.4\nPort=" + std::to_string(server_.port()) + "\n",
+             0600);
+  ::setenv("ODBCINI", file.path().c_str(), 1);
+  const Text unregistered = std::exchange(text_, "DSN=shop;UID=sa");
+  EXPECT_EQ(ArrivesAs("PWD={a;b}}c}"), "a;b}c");
+  EXPECT_EQ(ArrivesAs("PasswordEnv=REBATE_TEST_PASSWORD"), "%41+&");
+  text_ = unregistered;
+  ::unsetenv("ODBCINI");
+  ::unsetenv("REBATE_TEST_PASSWORD");
+  const struct {
+    Text keys;
+    const char* told;
+  } kRefused[] = {
+      {"PWD={hush}};}", "can't be told"}, {"PasswordEnv=REBATE_TEST_PASSWORD", "isn't set"},
+      {"PasswordEnv=", "names nothing"},  {"PasswordFile=/no/such/hush.file", "can't be read"},
+      {"PasswordFile=/", "no file"},      {"PWD=hush;PasswordEnv=HOME", "twice"},
+      {"PWD='hush;x'", "braces"},
+  };
+  for (const auto& one : kRefused) {
+    const Error error = ErrorOf([&] { ArrivesAs(one.keys); });
+    EXPECT_EQ(error.number, error_number::kInvalidCall) << one.keys;
+    EXPECT_NE(error.description.find(one.told), Text::npos) << one.keys << ": " << error.description;
+    EXPECT_EQ(error.description.find("hush}"), Text::npos);
+  }
+  for (const mode_t mode : {0640, 0604}) {
+    file.Write("hush", mode);
+    EXPECT_NE(ErrorOf([&] { ArrivesAs("PasswordFile=" + file.path()); }).description.find("chmod 600"), Text::npos);
+  }
+}
+
+TEST_F(OdbcSqlServer, AConnectionThatWasClosedWhileIdleIsOpenedAnewOnce) {
+  for (const char* first : {"insert one", "select one"}) {
+    account_->BeginWork();
+    account_->CommitWork();
+    server_.CloseClient();
+    account_->BeginWork();
+    account_->Execute(first);
+    account_->CommitWork();
+  }
+  server_.TakeRequests();
+
+  account_->BeginWork();
+  account_->Execute("insert one");
+  server_.CloseClient();
+  EXPECT_EQ(Failure("insert two").number, database_error::kConnection);
+  EXPECT_EQ(Failure("insert three").number, database_error::kConnection);
+  account_->RollbackWork();
+  EXPECT_EQ(Sent(), (Requests{"begin", "insert one"})) << "nothing runs behind what was done and lost";
+
+  Value("select @@trancount");
+  server_.CloseClient();
+  EXPECT_EQ(Failure("commit tran").number, database_error::kConnection) << "it may have stood before";
+}
+
+TEST_F(OdbcSqlServer, AUnitThatReadsLocksNothingAndWritesOnlyOnWhatItRead) {
+  account_->BeginWork();
+  Value("select shown");
+  Value("select 'insert' /* update */ as [delete]");
+  EXPECT_EQ(Sent(), (Requests{"select shown", "select 'insert' /* update */ as [delete]"}));
+  account_->CommitWork();
+  EXPECT_EQ(Sent(), Requests{});
+
+  account_->BeginWork();
+  Value("select shown");
+  account_->Execute("insert one");
+  account_->CommitWork();
+  EXPECT_EQ(Requests(Sent()).front(), "select shown");
+
+  for (const char* writes : {"insert one", "select shown into #x", "select shown with (updlock)", "select newid()"}) {
+    account_->BeginWork();
+    server_.SetShown(1);
+    Value("select shown");
+    server_.SetShown(2);
+    server_.TakeRequests();
+    const Error error = Failure(writes);
+    EXPECT_EQ(error.number, database_error::kConnection) << writes;
+    EXPECT_NE(error.description.find("try again"), Text::npos) << error.description;
+    const Requests sent = Sent();
+    EXPECT_EQ(Requests(sent.begin(), sent.begin() + 3), (Requests{"begin", "select shown", "rollback"}));
+    EXPECT_NE(ErrorOf([&] { account_->CommitWork(); }).number, 0);
+  }
+
+  account_->BeginWork();
+  Value("select shown");
+  server_.SetShown(-1222);
+  EXPECT_EQ(Failure("insert one").number, database_error::kTimeout);
+  EXPECT_EQ(Failure("insert two").number, database_error::kConnection) << "it rests on what couldn't be read again";
+}
+
+TEST_F(OdbcSqlServer, DoesWithoutOptionsThatAServerRefuses) {
+  server_.RefuseOptions();
+  account_ = nullptr;
+  account_ = OpenOdbc(text_ + ";PWD=x");
+  const Requests sent = server_.TakeRequests();
+  EXPECT_NE(std::find(sent.begin(), sent.end(), "set arithabort on"), sent.end()) << "the others still count";
+  EXPECT_EQ(Failure("insert one").number, 0);
+}
+
+TEST_F(OdbcSqlServer, GivesUpInTheTimeThatIsSet) {
+  account_ = nullptr;
+  account_ = OpenOdbc(text_ + ";PWD=x;Query Timeout=1");
+  EXPECT_NE(server_.TakeRequests().at(0).find("lock_timeout 900"), Text::npos)
+      << "the server gives up a wait for a lock first: a driver waits for its answer as long again";
+  account_->BeginWork();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Failure("wait").number, database_error::kTimeout);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1800));
+}
+
+TEST_F(OdbcSqlServer, RefusesCharactersThatTheDatabaseLacks) {
+  server_.SetCodePage(936);
+  account_ = nullptr;
+  account_ = OpenOdbc(text_ + ";PWD=x");
+  for (const char* text : {"insert '促销€'", "insert N'😀'", "insert [😀] -- '😀'", "insert /* '😀 /* '*/ */ 'x'"}) {
+    EXPECT_EQ(Failure(text).number, 0) << text;
+  }
+  server_.TakeRequests();
+  for (const char* text : {"insert 'a😀'", "insert N'x', '😀'"}) {
+    EXPECT_NE(Failure(text).description.find("'😀'"), Text::npos) << text;
+  }
+  EXPECT_EQ(Sent(), Requests{}) << "nothing of them runs";
 }
 
 TEST_F(OdbcSqlServer, CommitsTheLevelsThatATextLeftOpen) {
-  account_->BeginWork();
-  EXPECT_EQ(server_.TakeRequests(), Requests{}) << "readying takes no lock";
-  account_->Execute("Begin Tran insert x");
-  account_->CommitWork();
-  const Requests sent = server_.TakeRequests();
-  ASSERT_GE(sent.size(), 4u);
-  EXPECT_EQ(Requests(sent.begin(), sent.begin() + 4),
-            (Requests{"begin", "Begin Tran insert x", "while @@trancount > 1 commit tran", "commit"}));
-  EXPECT_EQ(ToLong(account_->Execute("select open")->FieldValue(std::size_t{0})), 0);
+  const struct {
+    const char* text;
+    bool begins;
+  } kCases[] = {{"Begin Tran insert x", true},
+                {"begin  \t transaction insert x", true},
+                {"begin/* 1 */tran insert x", true},
+                {"begin -- 1\ntran insert x", true},
+                {"insert 'begin tran'", false},
+                {"begin insert x end", false},
+                {"exec anything", true}};
+  for (const auto& one : kCases) {
+    account_->BeginWork();
+    EXPECT_EQ(server_.TakeRequests(), Requests{}) << "readying takes no lock";
+    account_->Execute(one.text);
+    account_->CommitWork();
+    const Requests sent = Sent();
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "while @@trancount > 1 commit tran"), one.begins ? 1 : 0)
+        << one.text;
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "commit"), 1) << one.text;
+    EXPECT_EQ(Value("select @@trancount"), 0);
+    server_.TakeRequests();
+  }
 }
 
 TEST_F(OdbcSqlServer, AUnitThatTheServerUndidRunsNothingMore) {
   account_->BeginWork();
   account_->Execute("insert one");
-  EXPECT_EQ(Failure("deadlock").description, "Rerun the transaction.");
+  const Error deadlock = Failure("deadlock");
+  EXPECT_EQ(deadlock.number, database_error::kConnection);
+  EXPECT_TRUE(deadlock.description.starts_with("Rerun the transaction.\n")) << deadlock.description;
+  EXPECT_NE(deadlock.description.find("try again"), Text::npos) << deadlock.description;
   server_.TakeRequests();
   EXPECT_EQ(Failure("insert two").number, database_error::kConnection);
   EXPECT_EQ(ErrorOf([&] { account_->CommitWork(); }).number, database_error::kConnection);
@@ -92,7 +318,7 @@ TEST_F(OdbcSqlServer, AUnitThatTheServerUndidRunsNothingMore) {
 
   account_->BeginWork();
   EXPECT_NE(Failure("deadlock").number, 0);
-  EXPECT_EQ(ToLong(account_->Execute("select open")->FieldValue(std::size_t{0})), 1) << "nothing was undone yet";
+  EXPECT_EQ(Value("select @@trancount"), 1) << "nothing was undone yet";
   EXPECT_NE(Failure("unknown").number, 0);
   account_->Execute("insert behind a refused one");
   account_->CommitWork();

@@ -1,6 +1,7 @@
 #ifdef REBATE_HAS_ODBC
 
 #include <gtest/gtest.h>
+#include <locale.h>
 #include <stdlib.h>
 
 #include <filesystem>
@@ -64,6 +65,33 @@ TEST_F(OdbcSqlite, AColumnNameOfAnyLengthDoesNoHarm) {
   const RecordsetRef rows = account_->Execute("select '" + Text(40'000, 'x') + "'");
   EXPECT_EQ(rows->FieldValue(std::size_t{0}).text(), Text(40'000, 'x'));
   EXPECT_TRUE(rows->FieldName(0).starts_with("'xxx"));
+}
+
+// Such a driver gets its texts in the process's locale.
+TEST_F(OdbcSqlite, RefusesCharactersThatTheDriverCannotCarry) {
+  const struct {
+    const char* locale;
+    const char* text;
+    bool arrives;
+  } kCases[] = {{"C", "tea", true},         {"C", "促销", false},    {"C", "é", false},
+                {"C.UTF-8", "促销é", true}, {"C.UTF-8", "😀", false}, {"C.UTF-8", "促😀", false}};
+  for (const auto& one : kCases) {
+    ASSERT_NE(::setlocale(LC_CTYPE, one.locale), nullptr);
+    account_ = OpenOdbc(text_);
+    const Error error = ErrorOf([&] { account_->Execute("insert into goods(name) values('" + Text(one.text) + "')"); });
+    EXPECT_EQ(error.number == 0, one.arrives) << one.locale << ": " << one.text;
+    if (one.arrives) {
+      EXPECT_EQ(Value(account_, "select name from goods").text(), one.text);
+    } else {
+      EXPECT_NE(error.description.find("driver can't carry"), Text::npos) << error.description;
+      EXPECT_TRUE(Value(account_, "select count(*) from goods") == Variant(0));
+    }
+    account_->Execute("delete from goods");
+  }
+  account_->Execute("insert into goods(name) values('促销')");
+  ::setlocale(LC_CTYPE, "C");
+  account_ = OpenOdbc(text_);
+  EXPECT_NE(ErrorOf([&] { Value(account_, "select name from goods"); }).number, 0) << "it isn't what is stored";
 }
 
 TEST_F(OdbcSqlite, AUnitOfWorkHoldsNoLockBehindItsEnd) {

@@ -12,7 +12,7 @@
 namespace rebate {
 namespace {
 
-enum PacketType : char { kBatch = 1, kAnswer = 4, kTransaction = 14, kLogin = 16, kHandshake = 18 };
+enum PacketType : char { kBatch = 1, kAnswer = 4, kAttention = 6, kTransaction = 14, kLogin = 16, kHandshake = 18 };
 constexpr std::size_t kHeader = 8;
 constexpr std::size_t kMostInPacket = 4000;
 const Text kCollation("\x09\x04\xD0\x00\x34", 5);
@@ -47,7 +47,7 @@ Text Token(int token, const Text& body) {
 Text Done(int status, std::uint64_t rows = 0) {
   return Byte(0xFD) + Short(static_cast<std::size_t>(status)) + Short(0) + Bytes(rows);
 }
-constexpr int kMore = 1, kFailed = 2, kCounted = 16;
+constexpr int kMore = 1, kFailed = 2, kCounted = 16, kCancelled = 32;
 
 Text Message(std::int32_t number, int severity, std::string_view text) {
   return Token(severity > 10 ? 0xAA : 0xAB, Bytes(number) + Byte(1) + Byte(severity) + Short(ToWide(text).size()) +
@@ -112,6 +112,8 @@ Text Welcome() {
          Token(0xAD, Byte(1) + Text("\x74\0\0\4", 4) + Named(product) + Text("\x0F\0\7\xD0", 4)) + Done(0);
 }
 
+const Text kNoAnswer = "none";
+
 // Version 15, no encryption.
 const Text kHandshakeAnswer("\0\0\x0B\0\6\1\0\x11\0\1\xFF\x0F\0\7\xD0\0\0\2", 18);
 
@@ -168,13 +170,27 @@ Text FromBytes(const Text& bytes) {
 
 TdsServer::TdsServer() {
   thread_ = std::thread([this] {
-    for (int client = 0; (client = listener_.Accept()) >= 0; ::close(client)) Serve(client);
+    for (int client = 0; (client = listener_.Accept()) >= 0; ::close(client)) {
+      client_ = client;
+      Serve(client);
+      client_ = -1;
+    }
   });
 }
 
 TdsServer::~TdsServer() {
   listener_.Stop();
   thread_.join();
+}
+
+void TdsServer::CloseClient() {
+  ::shutdown(client_, SHUT_RDWR);
+  while (client_ >= 0) std::this_thread::yield();
+}
+
+Text TdsServer::password() {
+  const std::lock_guard lock(mutex_);
+  return password_;
 }
 
 std::vector<Text> TdsServer::TakeRequests() {
@@ -192,12 +208,31 @@ void TdsServer::Serve(int client) {
   while (const std::optional<Request> request = ReceiveRequest(client)) {
     Text answer;
     if (request->type == kHandshake) answer = kHandshakeAnswer;
-    if (request->type == kLogin) answer = Welcome();
+    if (request->type == kLogin) answer = AnswerLogin(request->body);
+    if (request->type == kAttention) answer = Done(kCancelled);
     if (request->type == kTransaction) answer = AnswerTransaction(WithoutHeaders(request->body));
     if (request->type == kBatch) answer = Answer(FromBytes(WithoutHeaders(request->body)));
+    if (request->type == kBatch && answer == kNoAnswer) continue;
     if (answer.empty()) return;
     Send(client, answer);
   }
+}
+
+// The password stands at the place that the fixed part names, each of its bytes with its halves swapped and flipped.
+Text TdsServer::AnswerLogin(const Text& request) {
+  std::uint16_t place = 0, units = 0;
+  std::memcpy(&place, request.data() + 44, sizeof(place));
+  std::memcpy(&units, request.data() + 46, sizeof(units));
+  Text bytes = request.substr(place, units * std::size_t{2});
+  for (char& byte : bytes) {
+    const int plain = static_cast<unsigned char>(byte) ^ 0xA5;
+    byte = static_cast<char>(plain << 4 | plain >> 4);
+  }
+  const std::lock_guard lock(mutex_);
+  password_ = FromBytes(bytes);
+  if (login_error_ == 0) return Welcome();
+  return Message(login_error_, 14, login_error_ == 4060 ? "Cannot open it." : "Login failed for user 'sa'.") +
+         Done(kFailed);
 }
 
 Text TdsServer::AnswerTransaction(const Text& request) {
@@ -210,8 +245,21 @@ Text TdsServer::AnswerTransaction(const Text& request) {
   return ended + (open_transactions_ != 0 ? TransactionChange(8) : "") + Done(0);
 }
 
+Text OneNumber(std::int32_t number) {
+  const std::vector<Column> columns = {{"n", "\x26\4", Sized(number)}};
+  return Columns(columns) + Row(columns, &Column::value) + Done(kCounted, 1);
+}
+
 Text TdsServer::Answer(const Text& text) {
   Note(text);
+  if (text.find("'CodePage'") != Text::npos && code_page_ != 0) return OneNumber(code_page_);
+  if (refuses_options_ && text.starts_with("set ") && text.find(" set ") != Text::npos) {
+    return Message(156, 15, "Incorrect syntax near an option.") + Done(kFailed);
+  }
+  if (text == "wait") return kNoAnswer;
+  if (text.starts_with("error ")) {
+    return Message(std::stoi(text.substr(6)), 16, "Refused: " + text) + Done(kFailed);
+  }
   if (text == "kinds") return Kinds();
   if (text == "vanish") return {};
   if (text == "unknown") return Message(207, 16, "Invalid column name 'abc'.") + Done(kFailed);
@@ -223,10 +271,9 @@ Text TdsServer::Answer(const Text& text) {
     open_transactions_ = 0;
     return TransactionChange(10) + Message(1205, 13, "Rerun the transaction.") + Done(kFailed);
   }
-  if (text.starts_with("select")) {
-    const std::vector<Column> columns = {{"n", "\x26\4", Sized(std::int32_t{open_transactions_})}};
-    return Columns(columns) + Row(columns, &Column::value) + Done(kCounted, 1);
-  }
+  if (text.starts_with("select @")) return OneNumber(open_transactions_);
+  if (text.starts_with("select") && shown_ >= 0) return OneNumber(shown_);
+  if (text.starts_with("select")) return Message(-shown_, 16, "Refused.") + Done(kFailed);
   return Done(0);
 }
 

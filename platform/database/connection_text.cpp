@@ -64,8 +64,13 @@ Value ReadValue(std::string_view text, std::size_t start) {
 }
 
 bool IsSecret(std::string_view key) {
-  constexpr std::array<std::string_view, 3> kSecrets = {"pwd", "password", "secret"};
-  return std::any_of(kSecrets.begin(), kSecrets.end(),
+  constexpr std::array<std::string_view, 7> kSecrets = {"pwd",        "pass",      "secret", "token",
+                                                        "credential", "accesskey", "apikey"};
+  // Where a password is found, which is no secret.
+  constexpr std::array<std::string_view, 2> kPlaces = {kPasswordEnvironmentKey, kPasswordFileKey};
+  const auto names = [&](std::string_view place) { return EqualsIgnoreCase(TrimWhite(key), place); };
+  return std::none_of(kPlaces.begin(), kPlaces.end(), names) &&
+         std::any_of(kSecrets.begin(), kSecrets.end(),
                      [&](std::string_view secret) { return ContainsIgnoreCase(key, secret); });
 }
 

@@ -7,6 +7,10 @@
 
 namespace rebate {
 
+// Keys of ours that say where the password to a server is found: in an environment variable, or in a file.
+inline constexpr std::string_view kPasswordEnvironmentKey = "PasswordEnv";
+inline constexpr std::string_view kPasswordFileKey = "PasswordFile";
+
 // One `Key=Value` of a connection text.
 struct ConnectionKey {
   std::string_view key;  // without blanks around it
@@ -27,7 +31,8 @@ std::vector<ConnectionKey> ParseConnectionText(std::string_view text);
 // The raw keys joined to a connection text again.
 Text JoinConnectionText(const std::vector<ConnectionKey>& keys);
 
-// `text` with the values of keys that name a password or a secret replaced by `***`; takes any text.
+// `text` with the values of keys that name a password or a secret replaced by `***`; takes any text, also a sentence
+// with such a key in it.
 Text WithoutSecrets(std::string_view text);
 
 }  // namespace rebate

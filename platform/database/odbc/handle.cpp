@@ -22,43 +22,78 @@ std::string_view WithoutComponents(std::string_view message) {
   return TrimWhite(message);
 }
 
-bool AnyState(const std::vector<Diagnostic>& diagnostics, std::string_view prefix) {
+bool Any(const std::vector<Diagnostic>& diagnostics, Matter matter) {
   return std::any_of(diagnostics.begin(), diagnostics.end(),
-                     [&](const Diagnostic& diagnostic) { return diagnostic.state.starts_with(prefix); });
+                     [&](const Diagnostic& diagnostic) { return MatterOf(diagnostic) == matter; });
 }
 
-Long Number(const std::vector<Diagnostic>& diagnostics) {
-  for (const std::string_view lost : {"08", "HYT01", "40"}) {
-    if (AnyState(diagnostics, lost)) return database_error::kConnection;
-  }
-  // Not every driver has the server's "cancelled" translated; nobody but the time limit cancels a statement here.
-  if (AnyState(diagnostics, "HYT00") || AnyState(diagnostics, "57014")) return database_error::kTimeout;
-  if (AnyState(diagnostics, "23")) return database_error::kConstraint;
-  return database_error::kStatement;
-}
+struct StateMatter {
+  std::string_view prefix;
+  Matter matter;
+};
+constexpr StateMatter kStates[] = {
+    {"08", Matter::Lost},
+    {"HYT01", Matter::Lost},
+    {"57P0", Matter::Lost},
+    {"40", Matter::Conflict},
+    {"HYT00", Matter::Timeout},
+    {"55P03", Matter::Timeout},
+    {"23", Matter::Constraint},
+    {"28", Matter::Login},
+    {"3D", Matter::Database},
+    // Not every driver has the server's "cancelled" translated; nobody but the time limit cancels a statement here.
+    {"57014", Matter::Timeout},
+};
+
+struct NativeMatter {
+  SQLINTEGER number;
+  Matter matter;
+};
+constexpr NativeMatter kNatives[] = {
+    {1205, Matter::Conflict},   {3960, Matter::Conflict},   {3961, Matter::Conflict},  {1222, Matter::Timeout},
+    {515, Matter::Constraint},  {547, Matter::Constraint},  {550, Matter::Constraint}, {1505, Matter::Constraint},
+    {2601, Matter::Constraint}, {2627, Matter::Constraint}, {18452, Matter::Login},    {18456, Matter::Login},
+    {18470, Matter::Login},     {18486, Matter::Login},     {18487, Matter::Login},    {18488, Matter::Login},
+    {911, Matter::Database},    {916, Matter::Database},    {4060, Matter::Database},  {4064, Matter::Database},
+};
 
 }  // namespace
+
+// A login that is refused is often told with the state of a connection that failed.
+Matter MatterOf(const Diagnostic& diagnostic) {
+  const std::string_view state = diagnostic.state;
+  const auto native = std::find_if(std::begin(kNatives), std::end(kNatives),
+                                   [&](const NativeMatter& one) { return one.number == diagnostic.native; });
+  const bool of_login =
+      native != std::end(kNatives) && (native->matter == Matter::Login || native->matter == Matter::Database);
+  if (of_login) return native->matter;
+  for (const StateMatter& one : kStates) {
+    if (state.starts_with(one.prefix)) return one.matter;
+  }
+  return native != std::end(kNatives) ? native->matter : Matter::Statement;
+}
 
 std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle) {
   constexpr SQLSMALLINT kMost = 100;
   std::vector<Diagnostic> diagnostics;
   for (SQLSMALLINT record = 1; record < kMost; ++record) {
     SQLWCHAR state[6] = {};
+    SQLINTEGER native = 0;
     SQLRETURN outcome = SQL_SUCCESS;
     const Text message = ReadGrowing([&](std::u16string& buffer) {
-      SQLINTEGER native = 0;
       SQLSMALLINT length = 0;
       outcome = SQLGetDiagRecW(kind, handle, record, state, &native, ToSql(buffer),
                                static_cast<SQLSMALLINT>(buffer.size()), &length);
       return length;
     });
     if (!SQL_SUCCEEDED(outcome)) break;
-    diagnostics.push_back({FromWide({FromSql(state), 5}), Text(WithoutComponents(message))});
+    diagnostics.push_back({FromWide({FromSql(state), 5}), native, Text(WithoutComponents(message))});
   }
   return diagnostics;
 }
 
-Error ToError(const std::vector<Diagnostic>& diagnostics) {
+ServerError ToError(const std::vector<Diagnostic>& diagnostics) {
+  using Effect = ServerError::Effect;
   Text description;
   std::string_view before;
   for (const Diagnostic& diagnostic : diagnostics) {
@@ -68,7 +103,16 @@ Error ToError(const std::vector<Diagnostic>& diagnostics) {
     description += diagnostic.message;
   }
   if (description.empty()) description = "The ODBC driver failed without saying why.";
-  return Error(Number(diagnostics), "ODBC", description);
+  if (Any(diagnostics, Matter::Conflict)) {
+    const bool lost = Any(diagnostics, Matter::Lost);
+    return {database_error::kConnection, description + '\n' + Text(kMayTryAgain),
+            lost ? Effect::ConnectionLost : Effect::UnitUndone};
+  }
+  if (Any(diagnostics, Matter::Lost)) return {database_error::kConnection, description, Effect::ConnectionLost};
+  const Long number = Any(diagnostics, Matter::Timeout)      ? database_error::kTimeout
+                      : Any(diagnostics, Matter::Constraint) ? database_error::kConstraint
+                                                             : database_error::kStatement;
+  return {number, description, Effect::StatementRefused};
 }
 
 }  // namespace rebate::odbc

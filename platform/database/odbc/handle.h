@@ -4,6 +4,7 @@
 #include <sqlext.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -45,15 +46,35 @@ using Statement = Handle<SQL_HANDLE_STMT>;
 
 // One message about the last act on a handle.
 struct Diagnostic {
-  Text state;    // five characters
-  Text message;  // the server's own words, without the names of the driver's components before them
+  Text state;         // five characters
+  SQLINTEGER native;  // the server's own number, where it has one
+  Text message;       // the server's own words, without the names of the driver's components before them
 };
 
 std::vector<Diagnostic> Diagnostics(SQLSMALLINT kind, SQLHANDLE handle);
 
+// What a message is about, by its state or, where that says nothing, by the number that a SQL Server gives it.
+enum class Matter { Statement, Constraint, Timeout, Conflict, Lost, Login, Database };
+Matter MatterOf(const Diagnostic& diagnostic);
+
+// What the loser of two units of work is told behind the server's own words.
+inline constexpr std::string_view kMayTryAgain =
+    "Another user worked on the same data at the same time, so this work was undone as a whole. Please try again.";
+
+// What a server or its driver raises.
+struct ServerError : Error {
+  // What it means to the work on the connection.
+  enum class Effect { StatementRefused, UnitUndone, ConnectionLost };
+
+  ServerError(Long number_in, const Text& description_in, Effect effect_in)
+      : Error(number_in, "ODBC", description_in), effect(effect_in) {}
+
+  Effect effect;
+};
+
 // The error that the messages amount to, with all of their texts, a line each. A transaction that the server itself
-// gave up, as the victim of a deadlock, counts as a lost connection: what it held is gone.
-Error ToError(const std::vector<Diagnostic>& diagnostics);
+// gave up, since another one stood against it, bears the number of a lost connection: what it held is gone.
+ServerError ToError(const std::vector<Diagnostic>& diagnostics);
 
 // Reads a text of which only the length tells whether it fitted: `read` fills the buffer and gives the length that the
 // text has, in units, where it is known. What is longer than a length can tell is cut off.

@@ -1,10 +1,12 @@
 #include "platform/database/odbc/link.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 
 #include "platform/automation/conversion.h"
 #include "platform/database/connection_text.h"
+#include "platform/database/odbc/driver_text.h"
 #include "platform/database/odbc/result_reader.h"
 #include "platform/values/text.h"
 
@@ -13,8 +15,7 @@ namespace {
 
 constexpr std::string_view kLoginTimeoutKey = "Login Timeout";
 constexpr std::string_view kQueryTimeoutKey = "Query Timeout";
-constexpr SQLULEN kLoginTimeout = 15;
-constexpr SQLULEN kQueryTimeout = 120;
+constexpr std::string_view kSerializable = "set transaction isolation level serializable";
 // A driver that answers every further step with an error isn't asked without end.
 constexpr int kMostRefusals = 100;
 
@@ -37,22 +38,32 @@ SQLPOINTER Number(SQLULEN value) {
   return reinterpret_cast<SQLPOINTER>(value);
 }
 
+bool AnyOf(const std::vector<Diagnostic>& diagnostics, Matter matter, std::string_view words) {
+  return std::any_of(diagnostics.begin(), diagnostics.end(), [&](const Diagnostic& diagnostic) {
+    return MatterOf(diagnostic) == matter || ContainsIgnoreCase(diagnostic.message, words);
+  });
+}
+
 Text Advice(const std::vector<Diagnostic>& diagnostics) {
   for (const Diagnostic& diagnostic : diagnostics) {
     if (diagnostic.state.starts_with("IM") || diagnostic.message.find("Can't open lib") != Text::npos) {
       return "Name a registered driver (odbcinst -q -d lists them) or the path of its library as Driver=.";
     }
-    if (diagnostic.state == "28000") return "Check the user and the password, and the login's right to the database.";
+  }
+  // Some drivers have no state for these, and the words of the server alone.
+  if (AnyOf(diagnostics, Matter::Database, "database \"")) {
+    return "The server was reached: check the name behind Database=, and that the user may open that database.";
+  }
+  if (AnyOf(diagnostics, Matter::Login, "authentication failed")) {
+    return "The server was reached: check the user and the password.";
   }
   return "Check that the server runs, that its name and port are right, and that it can be reached from here.";
 }
 
 Error CannotConnect(const Settings& settings, const std::vector<Diagnostic>& diagnostics) {
-  Text reason = ToError(diagnostics).description;
-  for (const Text& secret : settings.secrets) reason = Replace(reason, secret, "***");
   return Error(database_error::kConnection, "ODBC",
-               "The account on the server (" + WithoutSecrets(settings.driver_text) + ") can't be opened: " + reason +
-                   "\n" + Advice(diagnostics));
+               "The account on the server (" + WithoutSecrets(settings.text) + ") can't be opened: " +
+                   WithoutSecrets(ToError(diagnostics).description) + "\n" + Advice(diagnostics));
 }
 
 bool IsSqlServer(const Session& session) {
@@ -66,33 +77,120 @@ bool IsSqlServer(const Session& session) {
 }  // namespace
 
 Settings Settings::Parse(const Text& connection_text) {
-  Settings settings{{}, kLoginTimeout, kQueryTimeout, {}};
+  Settings settings;
   std::vector<ConnectionKey> handed_on;
+  bool has_password = false;
+  const auto name_place = [&](Text& place, const ConnectionKey& key) {
+    if (key.value.empty()) {
+      throw Error(error_number::kInvalidCall, "DataSource", Text(key.key) + " names nothing.");
+    }
+    place = key.value;
+  };
   for (ConnectionKey& key : ParseConnectionText(connection_text)) {
     if (key.Is(kLoginTimeoutKey)) {
       settings.login_timeout = Seconds(key);
     } else if (key.Is(kQueryTimeoutKey)) {
       settings.query_timeout = Seconds(key);
+    } else if (key.Is(kPasswordEnvironmentKey)) {
+      name_place(settings.password_variable, key);
+    } else if (key.Is(kPasswordFileKey)) {
+      name_place(settings.password_file, key);
     } else {
-      if (key.NamesSecret() && !key.value.empty()) settings.secrets.push_back(key.value);
+      has_password = has_password || key.Is("PWD") || key.Is("Password");
       handed_on.push_back(std::move(key));
     }
   }
-  settings.driver_text = JoinConnectionText(handed_on);
+  if (has_password + !settings.password_variable.empty() + !settings.password_file.empty() > 1) {
+    throw Error(error_number::kInvalidCall, "DataSource",
+                "The connection text says the password twice: one of PWD, PasswordEnv and PasswordFile is enough.");
+  }
+  settings.text = JoinConnectionText(handed_on);
   return settings;
 }
 
 Link::Link(const Settings& settings)
     : environment_(OpenEnvironment()), session_(environment_.get()), query_timeout_(settings.query_timeout) {
   SQLSetConnectAttrW(session_.get(), SQL_ATTR_LOGIN_TIMEOUT, Number(settings.login_timeout), SQL_IS_UINTEGER);
-  const std::u16string text = ToWide(settings.driver_text);
+  Connect(settings);
+  characters_.emplace(session_);
+  is_sql_server_ = IsSqlServer(session_);
+  if (is_sql_server_) PrepareSqlServer();
+  Isolate();
+}
+
+void Link::Connect(const Settings& settings) {
+  const std::vector<ConnectionKey> keys = ParseConnectionText(settings.text);
+  const Braces braces = BracesOf(DriverLibrary(environment_, keys));
+  Text text = DriverText(keys, braces);
+  if (!settings.password_variable.empty()) {
+    text += DriverKey("PWD", PasswordFromEnvironment(settings.password_variable), braces);
+  } else if (!settings.password_file.empty()) {
+    text += DriverKey("PWD", PasswordFromFile(settings.password_file), braces);
+  }
+  const std::u16string wide = ToWide(text);
   const SQLRETURN outcome =
-      SQLDriverConnectW(session_.get(), nullptr, ToSql(text), static_cast<SQLSMALLINT>(text.size()), nullptr, 0,
+      SQLDriverConnectW(session_.get(), nullptr, ToSql(wide), static_cast<SQLSMALLINT>(wide.size()), nullptr, 0,
                         nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(outcome)) throw CannotConnect(settings, Diagnostics(SQL_HANDLE_DBC, session_.get()));
-  counts_transactions_ = IsSqlServer(session_);
-  // Some drivers ask such a server to cut long texts off.
-  if (counts_transactions_) Run("set textsize 2147483647");
+}
+
+void Link::Isolate() {
+  SQLUINTEGER levels = 0;
+  SQLGetInfoW(session_.get(), SQL_TXN_ISOLATION_OPTION, &levels, sizeof(levels), nullptr);
+  const bool known = (levels & SQL_TXN_SERIALIZABLE) != 0;
+  isolated_ = known && SQL_SUCCEEDED(SQLSetConnectAttrW(session_.get(), SQL_ATTR_TXN_ISOLATION,
+                                                        Number(SQL_TXN_SERIALIZABLE), SQL_IS_UINTEGER));
+  // A SQL Server's session keeps what it is told; elsewhere the statement holds for its transaction.
+  if (!isolated_ && is_sql_server_) IsolateByStatement();
+  isolates_each_ = !isolated_;
+}
+
+void Link::IsolateByStatement() {
+  Run(kSerializable, {});
+  isolated_ = true;
+}
+
+void Link::PrepareSqlServer() {
+  SetOptions();
+  const Ref<RowSet> page = RunWhereKnown(
+      "select cast(collationproperty(cast(databasepropertyex(db_name(), 'Collation') as nvarchar(128)), 'CodePage') "
+      "as int)");
+  if (page && page->row_count() == 1 && !page->Cell(0, 0).IsNull()) {
+    characters_->SetServerCodePage(ToLong(page->Cell(0, 0)));
+  }
+}
+
+// An index on a computed column takes no row from a session with other options than these, and some drivers ask for
+// others, or to cut long texts off. A wait for a lock is ended by the server, shortly before the driver would: on a
+// server that doesn't answer it at once, a driver waits as long again for its cancellation.
+void Link::SetOptions() {
+  const SQLULEN milliseconds = query_timeout_ * 1000;
+  const Text lock_wait =
+      query_timeout_ == 0 ? "-1" : std::to_string(milliseconds - std::min<SQLULEN>(500, milliseconds / 10));
+  std::vector<Text> options = {"set textsize 2147483647", "set dateformat mdy", "set lock_timeout " + lock_wait,
+                               "set implicit_transactions off", "set numeric_roundabort off"};
+  for (const char* option :
+       {"ansi_nulls", "ansi_padding", "ansi_warnings", "arithabort", "concat_null_yields_null", "quoted_identifier"}) {
+    options.push_back("set " + Text(option) + " on");
+  }
+  Text together;
+  for (const Text& option : options) together += (together.empty() ? "" : " ") + option;
+  try {
+    Run(together, {});
+  } catch (const ServerError& error) {
+    if (error.effect != ServerError::Effect::StatementRefused) throw;
+    for (const Text& option : options) RunWhereKnown(option);
+  }
+}
+
+// Not every server that speaks the protocol knows all of the language.
+Ref<RowSet> Link::RunWhereKnown(std::string_view text) {
+  try {
+    return Run(text, {});
+  } catch (const ServerError& error) {
+    if (error.effect != ServerError::Effect::StatementRefused) throw;
+    return nullptr;
+  }
 }
 
 Link::~Link() {
@@ -107,17 +205,18 @@ bool Link::IsDead() const {
   return SQL_SUCCEEDED(outcome) && dead == SQL_CD_TRUE;
 }
 
-RecordsetRef Link::Run(std::string_view text) {
-  if (counts_transactions_) {
-    const bool begins = ContainsIgnoreCase(text, "begin tran");
-    nested_ = nested_ || begins;
-    may_end_ = ContainsIgnoreCase(text, "rollback") || (!begins && ContainsIgnoreCase(text, "commit"));
+Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits) {
+  characters_->Sending(text);
+  if (is_sql_server_) {
+    nested_ = nested_ || traits.begins_transaction;
+    may_end_ = traits.ends_transaction;
+    isolated_ = isolated_ && !traits.sets_isolation;
   }
   const Statement statement(session_.get());
   SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(query_timeout_), SQL_IS_UINTEGER);
 
   Ref<RowSet> first;
-  std::optional<Error> refusal;
+  std::exception_ptr refusal;
   const auto take = [&](SQLRETURN outcome) {
     if (outcome == SQL_NO_DATA) return;
     odbc::Check(statement, outcome);
@@ -134,24 +233,27 @@ RecordsetRef Link::Run(std::string_view text) {
     try {
       take(outcome);
     } catch (const Error& error) {
-      if (!refusal) refusal = error;
+      if (!refusal) refusal = std::current_exception();
       if (error.number == database_error::kConnection || error.number == database_error::kTimeout) break;
       ++refusals;
     }
     outcome = SQLMoreResults(statement.get());
     if (outcome == SQL_NO_DATA) break;
   }
-  if (refusal) throw *refusal;
-  return first ? OpenRecordset(first) : nullptr;
+  if (refusal) std::rethrow_exception(refusal);
+  if (first) characters_->Received(*first);
+  return first;
 }
 
 void Link::BeginTransaction() {
   nested_ = false;
+  if (!isolated_ && !isolates_each_) IsolateByStatement();
   SetAutocommit(false);
+  if (isolates_each_) Run(kSerializable, {});
 }
 
 void Link::Commit() {
-  if (nested_) Run("while @@trancount > 1 commit tran");
+  if (nested_) Run("while @@trancount > 1 commit tran", {});
   EndTransaction(SQL_COMMIT);
 }
 
@@ -164,9 +266,10 @@ bool Link::TextEndedTransaction() {
 }
 
 bool Link::TransactionIsGone() {
-  if (!counts_transactions_) return false;
+  if (!is_sql_server_) return false;
   try {
-    return EqualsNumber(Run("select @@trancount")->FieldValue(std::size_t{0}), 0);
+    const Ref<RowSet> open = Run("select @@trancount", {});
+    return open && open->row_count() == 1 && EqualsNumber(open->Cell(0, 0), 0);
   } catch (const Error&) {
     return true;
   }

@@ -1,25 +1,29 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
-#include <vector>
 
+#include "platform/database/odbc/character_check.h"
 #include "platform/database/odbc/handle.h"
-#include "platform/database/recordset.h"
+#include "platform/database/odbc/statement_words.h"
+#include "platform/database/row_set.h"
 
 namespace rebate::odbc {
 
 // What a connection text asks for.
 struct Settings {
-  Text driver_text;           // for the driver manager
-  SQLULEN login_timeout;      // seconds, 0 for no limit
-  SQLULEN query_timeout;      // seconds, 0 for no limit
-  std::vector<Text> secrets;  // the passwords in it, which no error may show
+  Text text;                    // for the driver, without our own keys
+  Text password_variable;       // the environment variable that holds the password, where one is named
+  Text password_file;           // likewise the file
+  SQLULEN login_timeout = 15;   // seconds, 0 for no limit
+  SQLULEN query_timeout = 120;  // seconds, 0 for no limit
 
   // Raises an error where the text can't be read.
   static Settings Parse(const Text& connection_text);
 };
 
-// An open connection to a server. It starts without a transaction, each statement standing by itself.
+// An open connection to a server. It starts without a transaction, each statement standing by itself; its transactions
+// are serializable: what one has read, no other changes before its end.
 class Link {
  public:
   // Connects. Raises an error that names the server and says what to do.
@@ -32,9 +36,13 @@ class Link {
   // Whether the driver knows that the server is gone.
   bool IsDead() const;
 
-  // Runs the text, every statement of it, also behind one that is refused. Gives the first row set; raises the error of
-  // the first statement that is refused.
-  RecordsetRef Run(std::string_view text);
+  // Whether rows that a transaction has read stay locked against writers until it ends. Elsewhere readers work on a
+  // snapshot, and stand in nobody's way.
+  bool LocksWhatItReads() const { return is_sql_server_; }
+
+  // Runs the text, every statement of it, also behind one that is refused. Gives the first row set, or null; raises the
+  // error of the first statement that is refused.
+  Ref<RowSet> Run(std::string_view text, const StatementTraits& traits);
 
   // Makes the statements from now on part of one transaction.
   void BeginTransaction();
@@ -50,6 +58,15 @@ class Link {
   void LeaveTransactions();
 
  private:
+  void Connect(const Settings& settings);
+  // Sees to it that the transactions are serializable.
+  void Isolate();
+  void IsolateByStatement();
+  // Sets what the account's statements and indexes rely on, and learns what texts the server keeps.
+  void PrepareSqlServer();
+  void SetOptions();
+  // Null where the server refuses the text.
+  Ref<RowSet> RunWhereKnown(std::string_view text);
   void SetAutocommit(bool on);
   void EndTransaction(SQLSMALLINT completion);
   void Check(SQLRETURN outcome) const;
@@ -57,9 +74,12 @@ class Link {
   Environment environment_;
   Session session_;
   SQLULEN query_timeout_;
-  bool counts_transactions_ = false;  // the server counts nested transactions, and commits with the last one alone
-  bool nested_ = false;               // a text began one inside ours
-  bool may_end_ = false;              // the text that ran last has words that may end ours
+  bool is_sql_server_ = false;  // it counts nested transactions, and commits with the last one alone
+  bool isolated_ = false;       // transactions are serializable until a text says otherwise
+  bool isolates_each_ = false;  // the driver doesn't know how: each transaction is told by a statement
+  bool nested_ = false;         // a text began one inside ours
+  bool may_end_ = false;        // the text that ran last may have ended ours
+  std::optional<CharacterCheck> characters_;
 };
 
 }  // namespace rebate::odbc
