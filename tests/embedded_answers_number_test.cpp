@@ -16,6 +16,15 @@ class EmbeddedNumbers : public EmbeddedAnswers {
   }
 };
 
+TEST_F(EmbeddedNumbers, OperatorsBindAsTheServerDoes) {
+  Check({{"select 1+2*3-4%3, 6|1+2&3^4, -2*~3+1, 20/2/5, 7-2-1", "6,5,9,2,4"},
+         {"select 1 where not 1=2 and 2=2 or 3=4", "1"},
+         {"select 1 where 1=1 or 2=2 and 3=4", "1"},
+         {"select 1 where not (1=1 or 2=3)", ""},
+         {"select 1 where 1+1 between 2 and 1+2 and 1=1", "1"},
+         {"select 1 where 1 !< 1 and 2 !> 2 and 3 != 4", "1"}});
+}
+
 TEST_F(EmbeddedNumbers, DecimalsKeepAllTheirDigits) {
   Check(
       {{"select cast(FWide as varchar(60)), cast(FWhole as varchar(60)) from t_d order by FID",
