@@ -99,7 +99,8 @@ void CharacterCheck::RefuseMangled(std::string_view text) const {
   if (others.empty()) return;
   const Text missing = FirstMissing(others, locale_charset_);
   if (missing.empty() && Crosses(session_, others) && !HoldsLooseByte(others)) return;
-  Refuse("The text holds " + (missing.empty() ? Text("characters") : "'" + missing + "'") +
+  const Text what = missing.empty() ? Text("a character beyond 16 bits") : "'" + missing + "'";
+  Refuse("The text holds " + what +
          ", which the ODBC driver can't carry: it takes plain texts in the locale of the process (" + locale_charset_ +
          "). Use a Unicode driver, or a UTF-8 locale such as LC_ALL=C.UTF-8.");
 }

@@ -24,8 +24,8 @@ Text DriverText(const std::vector<ConnectionKey>& keys, Braces braces);
 // `Key=Value;` so that the driver reads the value as it is.
 Text DriverKey(std::string_view key, std::string_view value, Braces braces);
 
-// The value of the environment variable, and the first line of the file, as a password. Each raises where there is none;
-// none; the file must be one that its owner alone can read.
+// The value of the environment variable, and the first line of the file, as a password. Each raises where there is
+// none; the file must be one that nobody but its owner may reach.
 Text PasswordFromEnvironment(const Text& name);
 Text PasswordFromFile(const Text& path);
 
