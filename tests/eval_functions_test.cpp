@@ -391,9 +391,5 @@ TEST(EvalLike, AgreesWithThePlainMeaning) {
   EXPECT_GT(matched, 2000);
 }
 
-Text PartCode(DatePart part) {
-  return "int:" + std::to_string(static_cast<int>(part)) + "|";
-}
-
 }  // namespace
 }  // namespace rebate::tsql
