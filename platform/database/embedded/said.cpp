@@ -62,11 +62,10 @@ Mark TakeMark(std::string_view& text) {
 }
 
 Text InBase(std::uint64_t number, unsigned base, bool capitals) {
+  const std::string_view signs = capitals ? "0123456789ABCDEF" : "0123456789abcdef";
   Text digits;
-  do {
-    digits.insert(digits.begin(), (capitals ? "0123456789ABCDEF" : "0123456789abcdef")[number % base]);
-    number /= base;
-  } while (number != 0);
+  for (; number != 0 || digits.empty(); number /= base) digits += signs[number % base];
+  std::reverse(digits.begin(), digits.end());
   return digits;
 }
 
