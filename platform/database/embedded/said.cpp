@@ -54,7 +54,7 @@ Mark TakeMark(std::string_view& text) {
   if (text.starts_with("I64")) text.remove_prefix(3);
   while (!text.empty() && (text.front() == 'l' || text.front() == 'h')) text.remove_prefix(1);
   if (text.empty() || std::string_view("diouxXs").find(text.front()) == std::string_view::npos) {
-    Refuse("The format specification of a RAISERROR message is invalid.");
+    Refuse("A RAISERROR message holds a percent sign that begins no known mark.");
   }
   mark.letter = text.front();
   text.remove_prefix(1);
@@ -72,7 +72,7 @@ Text InBase(std::uint64_t number, unsigned base, bool capitals) {
 Text NumberBy(const Mark& mark, const Text& argument) {
   const IntegerReading reading = ReadInteger(Trim(argument));
   if (reading.outcome != FloatReading::Outcome::Ok) {
-    Refuse("The data type of a substitution parameter does not match the expected type of the format specification.");
+    Refuse("The data type of a substitution parameter does not match its mark in the RAISERROR message.");
   }
   const auto bits = static_cast<std::uint64_t>(static_cast<std::uint32_t>(reading.number));
   switch (mark.letter) {

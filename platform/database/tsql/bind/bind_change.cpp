@@ -96,12 +96,6 @@ void BindInsertSelect(BindContext& context, const Insert& insert, bound::Insert&
 
 // ---- update and delete ----
 
-bound::FromPtr LeafOf(const bound::Source* source) {
-  auto from = std::make_unique<bound::From>();
-  from->node = source;
-  return from;
-}
-
 const bound::Source* FindTarget(const ObjectName& name, const Scope& scope) {
   if (const bound::Source* source = scope.FindSource(name.name)) return source;
   // A target under its own name, where the clause knows it under an alias.
@@ -120,7 +114,7 @@ void BindTarget(BindContext& context, const ObjectName& name, const std::vector<
     change.sources.push_back(TableSourceOf(NeedTable(UseObject(context, name)), name.name));
     change.target = change.sources.back().get();
     scope.sources.push_back(change.target);
-    change.from.insert(change.from.begin(), LeafOf(change.target));
+    change.from.insert(change.from.begin(), FromOf(change.target));
   }
   if (!change.target->table) {
     RefuseStatement("View or function '" + change.target->name +
@@ -173,6 +167,16 @@ bound::Assignment BindAssignment(BindContext& context, Scope& scope, const Assig
   return result;
 }
 
+// Which rows an update or a delete changes.
+template <typename Statement>
+void BindRestriction(BindContext& context, Scope& scope, const Statement& statement, bound::Change& change) {
+  scope.clause = Clause::Where;
+  if (statement.where) change.where = BindCondition(context, scope, *statement.where);
+  Scope none;
+  change.top = BindTop(context, none, statement.top.count.get(), statement.top.percent);
+  change.top_percent = statement.top.percent;
+}
+
 }  // namespace
 
 bound::Insert BindInsert(BindContext& context, const Insert& insert) {
@@ -204,11 +208,7 @@ bound::Change BindUpdate(BindContext& context, const Update& update) {
   for (const Assignment& assignment : update.assignments) {
     change.assignments.push_back(BindAssignment(context, scope, assignment, change));
   }
-  scope.clause = Clause::Where;
-  if (update.where) change.where = BindCondition(context, scope, *update.where);
-  Scope none;
-  change.top = BindTop(context, none, update.top.count.get(), update.top.percent);
-  change.top_percent = update.top.percent;
+  BindRestriction(context, scope, update, change);
   return change;
 }
 
@@ -217,11 +217,7 @@ bound::Change BindDelete(BindContext& context, const Delete& statement) {
   bound::Change change;
   Scope scope;
   BindTarget(context, statement.target, statement.from, scope, change);
-  scope.clause = Clause::Where;
-  if (statement.where) change.where = BindCondition(context, scope, *statement.where);
-  Scope none;
-  change.top = BindTop(context, none, statement.top.count.get(), statement.top.percent);
-  change.top_percent = statement.top.percent;
+  BindRestriction(context, scope, statement, change);
   return change;
 }
 

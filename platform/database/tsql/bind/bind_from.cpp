@@ -14,12 +14,6 @@ Text SqlColumn(std::size_t index) {
   return 'c' + std::to_string(index + 1);
 }
 
-bound::FromPtr Leaf(const bound::Source* source) {
-  auto from = std::make_unique<bound::From>();
-  from->node = source;
-  return from;
-}
-
 // The columns of a query as those of a table, under `names` where there are any. Raises for one without a name and for
 // a name that comes twice.
 void NameColumns(std::vector<bound::OutputColumn>& columns, const std::vector<Text>& names, const Text& table) {
@@ -93,10 +87,10 @@ class FromBinder {
       : context_(context), scope_(scope), sources_(sources) {}
 
   bound::FromPtr Bind(const TableSource& tree) {
-    if (const auto* named = std::get_if<NamedTable>(&tree.node)) return Leaf(Add(NamedSource(context_, *named)));
+    if (const auto* named = std::get_if<NamedTable>(&tree.node)) return FromOf(Add(NamedSource(context_, *named)));
     if (const auto* derived = std::get_if<DerivedTable>(&tree.node)) {
       bound::QueryPtr query = BindSelect(context_, *derived->select, scope_.outer, SelectPlace::Table);
-      return Leaf(Add(QuerySource(std::move(query), derived->alias, derived->columns)));
+      return FromOf(Add(QuerySource(std::move(query), derived->alias, derived->columns)));
     }
     return BindJoin(std::get<Join>(tree.node));
   }
@@ -153,6 +147,12 @@ bool Names(const TableSource& tree, const Text& table) {
 }
 
 }  // namespace
+
+bound::FromPtr FromOf(const bound::Source* source) {
+  auto from = std::make_unique<bound::From>();
+  from->node = source;
+  return from;
+}
 
 bound::SourcePtr TableSourceOf(TablePtr table, Text name) {
   auto source = std::make_unique<bound::Source>();

@@ -27,6 +27,8 @@ bound::Core CoreOver(bound::QueryPtr query, Text name);
 // Binds a from clause into `sources`, which the scope then sees, and gives its elements.
 std::vector<bound::FromPtr> BindFrom(BindContext& context, Scope& scope, const std::vector<TableSourcePtr>& from,
                                      std::vector<bound::SourcePtr>& sources);
+// The source alone as an element of a from clause.
+bound::FromPtr FromOf(const bound::Source* source);
 // The table as a source under the name.
 bound::SourcePtr TableSourceOf(TablePtr table, Text name);
 // The `with` tables of a statement, which those behind them and the statement see.

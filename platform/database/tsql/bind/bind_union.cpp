@@ -29,9 +29,7 @@ bound::Core CoreOver(bound::QueryPtr query, Text name) {
   for (std::size_t i = 0; i < source->columns.size(); ++i) source->sql_columns.push_back('c' + std::to_string(i + 1));
   source->query = std::move(query);
   for (std::size_t i = 0; i < source->columns.size(); ++i) core.items.push_back({BindColumn(*source, i), {}});
-  auto from = std::make_unique<bound::From>();
-  from->node = static_cast<const bound::Source*>(source.get());
-  core.from.push_back(std::move(from));
+  core.from.push_back(FromOf(source.get()));
   core.sources.push_back(std::move(source));
   return core;
 }

@@ -15,23 +15,6 @@ constexpr int kSymbols = 5;               // that wait on the parser's stack whi
 constexpr std::string_view kTooDeep =
     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller queries.";
 
-std::string_view ComparisonWord(BinaryOperator operation) {
-  switch (operation) {
-    case BinaryOperator::Equal:
-      return "=";
-    case BinaryOperator::NotEqual:
-      return "<>";
-    case BinaryOperator::Less:
-      return "<";
-    case BinaryOperator::LessEqual:
-      return "<=";
-    case BinaryOperator::Greater:
-      return ">";
-    default:
-      return ">=";
-  }
-}
-
 std::string_view ConversionWord(Purpose purpose) {
   switch (purpose) {
     case Purpose::Assign:
@@ -168,7 +151,7 @@ class Compiler {
   void Node(const bound::Expression&, const bound::Comparison& node) {
     Compile(*node.left);
     Compile(*node.right);
-    Add(Text(ComparisonWord(node.operation)));
+    Add(Text(ComparisonSign(node.operation)));
   }
 
   void Node(const bound::Expression&, const bound::Logical& node) {

@@ -24,23 +24,6 @@ int SymbolsOf(const bound::Expression::Node& node) {
   return listed ? 5 : 3;
 }
 
-std::string_view SqlOperator(BinaryOperator operation) {
-  switch (operation) {
-    case BinaryOperator::Equal:
-      return "=";
-    case BinaryOperator::NotEqual:
-      return "<>";
-    case BinaryOperator::Less:
-      return "<";
-    case BinaryOperator::LessEqual:
-      return "<=";
-    case BinaryOperator::Greater:
-      return ">";
-    default:
-      return ">=";
-  }
-}
-
 bool IsOrdering(BinaryOperator operation) {
   return operation != BinaryOperator::Equal && operation != BinaryOperator::NotEqual;
 }
@@ -302,7 +285,7 @@ class ExpressionPrinter {
   void PrintNode(const bound::Expression&, const bound::Comparison& node) {
     out_ << '(';
     PrintOperand(*node.left, *node.right, IsOrdering(node.operation) ? Collated::Order : Collated::Equality);
-    out_ << SqlOperator(node.operation);
+    out_ << ComparisonSign(node.operation);
     Print(*node.right);
     out_ << ')';
   }
@@ -382,6 +365,23 @@ class ExpressionPrinter {
 };
 
 }  // namespace
+
+std::string_view ComparisonSign(BinaryOperator operation) {
+  switch (operation) {
+    case BinaryOperator::Equal:
+      return "=";
+    case BinaryOperator::NotEqual:
+      return "<>";
+    case BinaryOperator::Less:
+      return "<";
+    case BinaryOperator::LessEqual:
+      return "<=";
+    case BinaryOperator::Greater:
+      return ">";
+    default:
+      return ">=";
+  }
+}
 
 std::string_view CollationOf(const DataType& type, Collated by) {
   if (IsText(type.kind)) return by == Collated::Equality ? kTextCollation : kTextOrder;

@@ -32,6 +32,8 @@ void PrintCondition(PrintState& state, const bound::Expression& expression, SqlT
 // A value with the collation by which it is equal to others, or by which it sorts, where SQLite doesn't know it itself.
 enum class Collated { Equality, Order };
 void PrintCollated(PrintState& state, const bound::Expression& expression, Collated by, SqlText& out);
+// The sign of a comparison, in SQLite's text as in a program's: `=`, `<>`, `<`, ...
+std::string_view ComparisonSign(BinaryOperator operation);
 // The name of the collation for values of the type; empty where they compare by themselves.
 std::string_view CollationOf(const DataType& type, Collated by);
 
