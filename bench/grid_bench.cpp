@@ -4,6 +4,8 @@
 
 #include "bench/bench_account.h"
 #include "platform/login/process_cache.h"
+#include "platform/login_standins/host_cache.h"
+#include "platform/login_standins/login_standins.h"
 #include "service/component_classes.h"
 #include "service/rebate_rule_mgr.h"
 
@@ -14,6 +16,7 @@ constexpr int kBands = 10;
 
 void SaveRules(benchmark::State& state) {
   const BenchAccount account;
+  RegisterLoginStandIns();
   RegisterComponent();
   Ref<Vector> rows = New<Vector>();
   for (int i = 0; i < state.range(0); ++i) {
@@ -46,6 +49,7 @@ void WriteRulesByHand(benchmark::State& state) {
 
 void LoadGrid(benchmark::State& state) {
   const BenchAccount account;
+  RegisterLoginStandIns();
   RegisterComponent();
   {
     PlainDatabase database(account.path());

@@ -4,8 +4,9 @@
 
 #include "client/json_values.h"
 #include "platform/automation/conversion.h"
-#include "platform/login/login_components.h"
 #include "platform/login/process_cache.h"
+#include "platform/login_standins/host_cache.h"
+#include "platform/login_standins/login_standins.h"
 
 namespace rebate {
 namespace {

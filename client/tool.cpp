@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "platform/automation/error.h"
+#include "platform/login_standins/login_standins.h"
 #include "service/component_classes.h"
 
 namespace rebate {
@@ -44,6 +45,7 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   AddCheckVerb(app, tool);
   AddCallVerb(app, tool);
   try {
+    RegisterLoginStandIns();
     RegisterComponent();
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

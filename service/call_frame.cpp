@@ -1,12 +1,8 @@
 #include "service/call_frame.h"
 
-#include <new>
-
 namespace rebate {
 namespace {
 
-constexpr Long kOutOfMemory = 7;
-constexpr Long kInternal = 51;
 constexpr std::string_view kReraiseSource = "BaseInfoMgr:UpdateBatch";
 
 }  // namespace
@@ -47,18 +43,6 @@ void CallFrame::Vote(OnFailure on_failure, const Error& error) {
       Error raised = error;
       raised.source = kReraiseSource;
       throw raised;
-  }
-}
-
-Error CallFrame::CurrentError() {
-  try {
-    throw;
-  } catch (const Error& error) {
-    return error;
-  } catch (const std::bad_alloc&) {
-    return Error(kOutOfMemory, "", "Out of memory");
-  } catch (const std::exception& error) {
-    return Error(kInternal, "", error.what());
   }
 }
 

@@ -99,8 +99,6 @@ class CallFrame {
   void Vote(OnFailure on_failure, const Error& error);
   static bool ResetsResult(OnFailure on_failure);
   static void Report(const Error& error, Ref<Dictionary>& result);
-  // The failure that is being handled, whatever its kind.
-  static Error CurrentError();
 
   Ref<UserInfo> user_info_;
   Ref<DataContext> context_;

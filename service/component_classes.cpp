@@ -2,7 +2,6 @@
 
 #include "platform/automation/class_objects.h"
 #include "platform/automation/conversion.h"
-#include "platform/login/login_components.h"
 #include "service/base_info_mgr.h"
 #include "service/rebate_rule_mgr.h"
 
@@ -37,7 +36,6 @@ const ComponentClass* FindComponentClass(std::string_view name) {
 }
 
 void RegisterComponent() {
-  RegisterLoginComponents();
   for (const ComponentClass& entry : kClasses) {
     RegisterClass(Text(kLibrary.name) + "." + Text(entry.name), entry.create);
   }

@@ -31,7 +31,7 @@ const ComponentLibrary& TheComponent();
 const ComponentClass* FindComponentClass(std::string_view name);
 
 // Puts the classes under their program identifiers, library and class name with a dot between, so that CreateObject
-// makes them, and stand-ins for the login components that the host hasn't registered.
+// makes them.
 void RegisterComponent();
 
 }  // namespace rebate

@@ -27,7 +27,7 @@ thread_local bool asked_on_this_thread = false;
 
 void Write(const ObjectRef& cache, const Text& key, const Variant& value) {
   Variant arguments[] = {key, value};
-  cache->Invoke("SetItem", arguments);
+  cache->Put("", arguments);
 }
 
 Variant FetchNeedAuthrize() {

@@ -2,8 +2,9 @@
 #include <boost/multiprecision/cpp_int.hpp>
 #include <random>
 
-#include "platform/login/login_components.h"
 #include "platform/login/process_cache.h"
+#include "platform/login_standins/host_cache.h"
+#include "platform/login_standins/login_standins.h"
 #include "service/component_classes.h"
 #include "service/rebate_rule_mgr.h"
 #include "tests/embedded_kit.h"
@@ -26,6 +27,7 @@ struct Band {
 class RatesOfBands : public testing::Test {
  protected:
   RatesOfBands() {
+    RegisterLoginStandIns();
     RegisterComponent();
     PutProcessCache(NewProcessCache());
     SetLoginAnswers({});

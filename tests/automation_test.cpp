@@ -167,6 +167,21 @@ TEST(Object, ContainersAnswerByNameToo) {
   const ObjectRef map = New<Dictionary>();
   Variant missing[] = {"key", "default"};
   EXPECT_EQ(map->Invoke("GetValue", missing), Variant("default"));
+  Variant entry[] = {"key", list};
+  map->Put("value", entry);
+  Variant key[] = {"key"};
+  EXPECT_EQ(map->Invoke("Value", key), Variant(list));
+  EXPECT_THROW(map->Put("Count", index), Error);
+  EXPECT_THROW(list->Put("", entry), Error);
+}
+
+TEST(ClassObjects, AskTheSystemForWhatNobodyHasPutThere) {
+  SetSystemClasses(
+      [](std::string_view program_id) -> ObjectRef { return program_id == "System.List" ? New<Vector>() : nullptr; });
+  EXPECT_TRUE(CreateObject("System.List"));
+  EXPECT_THROW(CreateObject("System.Map"), Error);
+  SetSystemClasses({});
+  EXPECT_FALSE(CreateIfRegistered("System.List"));
 }
 
 TEST(ClassObjects, RefuseAnUnknownClassByItsName) {

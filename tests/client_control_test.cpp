@@ -1,5 +1,5 @@
-#include "platform/login/login_components.h"
 #include "platform/login/process_cache.h"
+#include "platform/login_standins/login_standins.h"
 #include "tests/tool_kit.h"
 
 namespace rebate {

@@ -7,7 +7,8 @@
 #include "platform/automation/dispatch.h"
 #include "platform/login/login_components.h"
 #include "platform/login/process_cache.h"
-#include "service/component_classes.h"
+#include "platform/login_standins/host_cache.h"
+#include "platform/login_standins/login_standins.h"
 #include "service/data_rights.h"
 #include "tests/test_account.h"
 
@@ -23,7 +24,7 @@ const Events kAskedWithSharedProperties = {"TALMtsCacheService.CacheFacade.GetIt
 class DataRights : public testing::Test {
  protected:
   DataRights() {
-    RegisterComponent();
+    RegisterLoginStandIns();
     PutProcessCache(NewProcessCache());
   }
   ~DataRights() override {
@@ -131,11 +132,11 @@ class HostSecurity : public Object {
 
 TEST_F(DataRights, ReachesAComponentThatTheHostRegistered) {
   RegisterClass(login_component::kSecurityInfo, [] { return New<HostSecurity>(); });
-  RegisterComponent();
+  RegisterLoginStandIns();
   SetLoginAnswers({.props_string = "of the host"});
   EXPECT_TRUE(AskOnNewThread(1)[0].first);
   RegisterClass(login_component::kSecurityInfo, nullptr);
-  RegisterComponent();
+  RegisterLoginStandIns();
 }
 
 }  // namespace

@@ -3,8 +3,9 @@
 #include <thread>
 
 #include "platform/automation/conversion.h"
-#include "platform/login/login_components.h"
 #include "platform/login/process_cache.h"
+#include "platform/login_standins/host_cache.h"
+#include "platform/login_standins/login_standins.h"
 #include "service/component_classes.h"
 #include "service/rebate_rule_mgr.h"
 #include "tests/scheme_kit.h"
@@ -21,6 +22,7 @@ void OnNewThread(Work work) {
 class Grid : public testing::Test {
  protected:
   Grid() {
+    RegisterLoginStandIns();
     RegisterComponent();
     AddMasterData(account_);
     PutProcessCache(NewProcessCache());

@@ -77,5 +77,33 @@ TEST(ClientCursor, RefusesWhatIsNotThere) {
   EXPECT_THROW(rows->Eof(), Error);
 }
 
+TEST(ClientCursor, AnswersByNameAsItsClientsCallIt) {
+  const RecordsetRef rows = OpenRecordset(Rows({"FRowID", "FName"}, {1, "a", 2, "b", 2, "c"}));
+  const auto get = [](const Variant& object, std::string_view member, std::vector<Variant> arguments = {}) {
+    return object.object()->Invoke(member, arguments);
+  };
+  const Variant rs(rows);
+  EXPECT_EQ(get(rs, "RecordCount"), Variant(3));
+  EXPECT_EQ(get(get(rs, "Fields"), "Count"), Variant(2));
+  const Variant name = get(rs, "fields", {"fname"});  // handed on to Item of Fields
+  EXPECT_EQ(get(name, "Name"), Variant("FName"));
+  EXPECT_EQ(get(get(rs, "", {0}), ""), Variant(1));
+  Variant filter[] = {"FRowID=2"};
+  rows->Put("Filter", filter);
+  EXPECT_EQ(get(rs, "Filter"), Variant("FRowID=2"));
+  EXPECT_EQ(get(rs, "RecordCount"), Variant(2));
+  EXPECT_EQ(get(name, "Value"), Variant("b"));  // of the row on which the cursor stands by now
+  get(rs, "MoveNext");
+  EXPECT_EQ(get(name, ""), Variant("c"));
+  filter[0] = "FRowID=9";
+  rows->Put("Filter", filter);
+  EXPECT_EQ(get(rs, "BOF"), Variant(true));
+  EXPECT_EQ(get(rs, "EOF"), Variant(true));
+  EXPECT_THROW(get(rs, "Fields", {"none"}), Error);
+  EXPECT_THROW(get(rs, "Fields", {2}), Error);
+  get(rs, "Close");
+  EXPECT_THROW(get(rs, "EOF"), Error);
+}
+
 }  // namespace
 }  // namespace rebate

@@ -13,6 +13,7 @@ namespace {
 struct Registry {
   std::mutex mutex;
   std::map<Text, ClassFactory> factories;
+  SystemClasses system_classes;
 };
 
 Registry& TheRegistry() {
@@ -38,18 +39,32 @@ bool IsClassRegistered(std::string_view program_id) {
   return registry.factories.contains(AsciiLower(program_id));
 }
 
-ObjectRef CreateObject(std::string_view program_id) {
+void SetSystemClasses(SystemClasses classes) {
+  Registry& registry = TheRegistry();
+  const std::lock_guard lock(registry.mutex);
+  registry.system_classes = std::move(classes);
+}
+
+ObjectRef CreateIfRegistered(std::string_view program_id) {
   ClassFactory factory;
+  SystemClasses system_classes;
   {
     Registry& registry = TheRegistry();
     const std::lock_guard lock(registry.mutex);
     const auto found = registry.factories.find(AsciiLower(program_id));
     if (found != registry.factories.end()) factory = found->second;
+    system_classes = registry.system_classes;
   }
-  if (!factory) {
+  if (factory) return factory();
+  return system_classes ? system_classes(program_id) : nullptr;
+}
+
+ObjectRef CreateObject(std::string_view program_id) {
+  ObjectRef object = CreateIfRegistered(program_id);
+  if (!object) {
     throw Error(error_number::kCannotCreate, "", "ActiveX component can't create object: " + Text(program_id));
   }
-  return factory();
+  return object;
 }
 
 }  // namespace rebate

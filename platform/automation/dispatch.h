@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -12,7 +13,7 @@
 
 namespace rebate {
 
-enum class MemberKind { Method, PropertyGet };
+enum class MemberKind { Method, PropertyGet, PropertyPut };
 
 // What an argument or a result is declared as. Containers are objects with the name of their class.
 struct DeclaredType {
@@ -28,7 +29,8 @@ struct Parameter {
   bool optional = false;
 };
 
-// One member as the outside sees it: its name, its arguments in order and its result.
+// One member as the outside sees it: its name, its arguments in order (the new value last, where it puts a property)
+// and its result.
 struct Member {
   Text name;
   MemberKind kind = MemberKind::Method;
@@ -37,14 +39,17 @@ struct Member {
   std::function<Variant(Object&, std::span<Variant>)> call;
 };
 
-// The members of a class, in interface order.
+// The members of a class, in interface order. A property that can be read and written is two members of one name.
 class MemberTable {
  public:
   MemberTable() = default;
   MemberTable(std::initializer_list<Member> members) : members_(members) {}
 
-  // Null where the class has no such member; names are compared without regard to case.
+  // The method, or the property to be read; null where the class has no such member. Names are compared without regard
+  // to case.
   const Member* Find(std::string_view name) const;
+  // The property to be written, likewise.
+  const Member* FindPut(std::string_view name) const;
   const std::vector<Member>& All() const { return members_; }
 
  private:
@@ -95,6 +100,10 @@ struct Crossing<Ref<T>> {
 template <typename T>
 using Plain = std::remove_cvref_t<T>;
 
+// What holds an argument during a call.
+template <typename T>
+using Held = std::conditional_t<std::is_same_v<Plain<T>, std::string_view>, Text, Plain<T>>;
+
 template <typename T>
 constexpr bool kByRef = std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>;
 
@@ -102,37 +111,36 @@ constexpr bool kByRef = std::is_lvalue_reference_v<T> && !std::is_const_v<std::r
 template <typename T>
 struct Slot {
   explicit Slot(Variant& argument)
-      : argument_(argument), value(argument.IsMissing() ? Plain<T>() : Crossing<Plain<T>>::Read(argument)) {}
+      : argument_(argument), value(argument.IsMissing() ? Held<T>() : Crossing<Held<T>>::Read(argument)) {}
   void WriteBack() {
     if constexpr (kByRef<T>) argument_ = Variant(std::move(value));
   }
 
   Variant& argument_;
-  Plain<T> value;
+  Held<T> value;
 };
 
-template <typename Class, typename Result, typename... Arguments, std::size_t... Index>
-Variant Call(Class& object, Result (Class::*method)(Arguments...), [[maybe_unused]] std::span<Variant> values,
+// `method` is a member function, const or not, or a function that takes the object first.
+template <typename Class, typename Result, typename... Arguments, typename Function, std::size_t... Index>
+Variant Call(Class& object, const Function& method, [[maybe_unused]] std::span<Variant> values,
              std::index_sequence<Index...>) {
   std::tuple<Slot<Arguments>...> slots(values[Index]...);
   if constexpr (std::is_void_v<Result>) {
-    (object.*method)(std::get<Index>(slots).value...);
+    std::invoke(method, object, std::get<Index>(slots).value...);
     (std::get<Index>(slots).WriteBack(), ...);
     return {};
   } else {
-    Variant result((object.*method)(std::get<Index>(slots).value...));
+    Variant result(std::invoke(method, object, std::get<Index>(slots).value...));
     (std::get<Index>(slots).WriteBack(), ...);
     return result;
   }
 }
 
-// A member that calls `method`. `names` are its argument names in order; a name in brackets, as in "[SchemeID]", is
-// optional, and its argument starts as 0 (or empty, or null) where it is left out.
-template <typename Class, typename Result, typename... Arguments>
-Member Method(Text name, Result (Class::*method)(Arguments...), std::initializer_list<std::string_view> names) {
-  const DeclaredType types[] = {Crossing<Plain<Arguments>>::kType..., DeclaredType{}};
+template <typename Class, typename Result, typename... Arguments, typename Function>
+Member MakeMember(Text name, MemberKind kind, Function method, std::initializer_list<std::string_view> names) {
+  const DeclaredType types[] = {Crossing<Held<Arguments>>::kType..., DeclaredType{}};
   const bool by_ref[] = {kByRef<Arguments>..., false};
-  Member member{std::move(name), MemberKind::Method, {}, Crossing<Plain<Result>>::kType, {}};
+  Member member{std::move(name), kind, {}, Crossing<Held<Result>>::kType, {}};
   for (std::string_view argument : names) {
     const bool optional = argument.starts_with('[');
     if (optional) argument = argument.substr(1, argument.size() - 2);
@@ -140,16 +148,42 @@ Member Method(Text name, Result (Class::*method)(Arguments...), std::initializer
     member.parameters.push_back({Text(argument), types[at], by_ref[at], optional});
   }
   member.call = [method](Object& object, std::span<Variant> values) {
-    return Call(dynamic_cast<Class&>(object), method, values, std::index_sequence_for<Arguments...>());
+    return Call<Class, Result, Arguments...>(dynamic_cast<Class&>(object), method, values,
+                                             std::index_sequence_for<Arguments...>());
   };
   return member;
 }
 
+// A member that calls `method`. `names` are its argument names in order; a name in brackets, as in "[SchemeID]", is
+// optional, and its argument starts as 0 (or empty, or null) where it is left out.
+template <typename Class, typename Result, typename... Arguments>
+Member Method(Text name, Result (Class::*method)(Arguments...), std::initializer_list<std::string_view> names) {
+  return MakeMember<Class, Result, Arguments...>(std::move(name), MemberKind::Method, method, names);
+}
+template <typename Class, typename Result, typename... Arguments>
+Member Method(Text name, Result (Class::*method)(Arguments...) const, std::initializer_list<std::string_view> names) {
+  return MakeMember<Class, Result, Arguments...>(std::move(name), MemberKind::Method, method, names);
+}
+
+// A property to be read.
+template <typename Class, typename Result, typename... Arguments>
+Member Property(Text name, Result (Class::*method)(Arguments...), std::initializer_list<std::string_view> names = {}) {
+  return MakeMember<Class, Result, Arguments...>(std::move(name), MemberKind::PropertyGet, method, names);
+}
+template <typename Class, typename Result, typename... Arguments>
+Member Property(Text name, Result (Class::*method)(Arguments...) const,
+                std::initializer_list<std::string_view> names = {}) {
+  return MakeMember<Class, Result, Arguments...>(std::move(name), MemberKind::PropertyGet, method, names);
+}
 template <typename Class, typename Result>
-Member Property(Text name, Result (Class::*method)()) {
-  Member member = Method(std::move(name), method, {});
-  member.kind = MemberKind::PropertyGet;
-  return member;
+Member Property(Text name, Result (*read)(Class&)) {
+  return MakeMember<Class, Result>(std::move(name), MemberKind::PropertyGet, read, {});
+}
+
+// A property to be written; the last of `names` is the new value.
+template <typename Class, typename... Arguments>
+Member PropertyPut(Text name, void (Class::*method)(Arguments...), std::initializer_list<std::string_view> names) {
+  return MakeMember<Class, void, Arguments...>(std::move(name), MemberKind::PropertyPut, method, names);
 }
 
 }  // namespace dispatch

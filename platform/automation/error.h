@@ -27,8 +27,10 @@ struct Error : std::exception {
 namespace error_number {
 inline constexpr Long kInvalidCall = 5;          // an argument that the callee refuses; also every explicit refusal
 inline constexpr Long kOverflow = 6;             // a number too large for its type
+inline constexpr Long kOutOfMemory = 7;          // no memory left
 inline constexpr Long kSubscript = 9;            // an index outside a list
 inline constexpr Long kTypeMismatch = 13;        // a value that doesn't convert
+inline constexpr Long kInternal = 51;            // what no one foresaw
 inline constexpr Long kObjectNotSet = 91;        // a member of a null reference
 inline constexpr Long kInvalidNull = 94;         // a Null where a value is due
 inline constexpr Long kCannotCreate = 429;       // a class that can't be created
@@ -38,6 +40,9 @@ inline constexpr Long kArgumentCount = 450;      // too many or too few argument
 inline constexpr Long kElementNotFound = 32811;  // a key that a dictionary doesn't hold
 inline constexpr Long kNotImplemented = -2147467263;
 }  // namespace error_number
+
+// The failure that is being handled, whatever its kind: 7 for a lack of memory, 51 for what is no Error.
+Error CurrentError();
 
 [[noreturn]] inline void ThrowTypeMismatch() {
   throw Error(error_number::kTypeMismatch, "", "Type mismatch");

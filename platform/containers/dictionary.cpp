@@ -89,46 +89,17 @@ void Dictionary::OwnKeys() {
 }
 
 const MemberTable& Dictionary::Members() const {
-  static const DeclaredType kText{DeclaredType::Kind::Text};
-  static const DeclaredType kValue{DeclaredType::Kind::Value};
-  static const DeclaredType kLong{DeclaredType::Kind::Long};
-  const auto self = [](Object& object) -> Dictionary& { return dynamic_cast<Dictionary&>(object); };
+  using dispatch::Method;
+  using dispatch::Property;
+  using dispatch::PropertyPut;
   static const MemberTable members{
-      {"Count",
-       MemberKind::PropertyGet,
-       {},
-       kLong,
-       [self](Object& o, std::span<Variant>) { return Variant(self(o).Count()); }},
-      {"Key",
-       MemberKind::PropertyGet,
-       {{"Index", kLong}},
-       kText,
-       [self](Object& o, std::span<Variant> a) { return Variant(self(o).Key(ToLong(a[0]))); }},
-      {"Value",
-       MemberKind::PropertyGet,
-       {{"Key", kText}},
-       kValue,
-       [self](Object& o, std::span<Variant> a) { return self(o).Value(ToText(a[0])); }},
-      {"GetValue",
-       MemberKind::Method,
-       {{"Key", kText}, {"Default", kValue, false, true}},
-       kValue,
-       [self](Object& o, std::span<Variant> a) { return self(o).GetValue(ToText(a[0]), a[1]); }},
-      {"SetValue",
-       MemberKind::Method,
-       {{"Key", kText}, {"Value", kValue}},
-       {},
-       [self](Object& o, std::span<Variant> a) { return self(o).SetValue(ToText(a[0]), a[1]), Variant(); }},
-      {"Remove",
-       MemberKind::Method,
-       {{"Key", kText}},
-       {},
-       [self](Object& o, std::span<Variant> a) { return self(o).Remove(ToText(a[0])), Variant(); }},
-      {"Clear",
-       MemberKind::Method,
-       {},
-       {},
-       [self](Object& o, std::span<Variant>) { return self(o).Clear(), Variant(); }},
+      Property("Count", &Dictionary::Count),
+      Property("Key", &Dictionary::Key, {"Index"}),
+      Property("Value", &Dictionary::Value, {"Key"}),
+      PropertyPut("Value", &Dictionary::SetValue, {"Key", "Value"}),
+      Method("GetValue", &Dictionary::GetValue, {"Key", "[Default]"}),
+      Method("Remove", &Dictionary::Remove, {"Key"}),
+      Method("Clear", &Dictionary::Clear, {}),
   };
   return members;
 }

@@ -10,38 +10,13 @@ const Variant& Vector::Item(Long index) const {
 }
 
 const MemberTable& Vector::Members() const {
-  static const DeclaredType kValue{DeclaredType::Kind::Value};
-  static const DeclaredType kLong{DeclaredType::Kind::Long};
-  const auto self = [](Object& object) -> Vector& { return dynamic_cast<Vector&>(object); };
-  const auto item = [self](Object& o, std::span<Variant> a) { return self(o).Item(ToLong(a[0])); };
+  using dispatch::Method;
+  using dispatch::Property;
   static const MemberTable members{
-      {"Size",
-       MemberKind::PropertyGet,
-       {},
-       kLong,
-       [self](Object& o, std::span<Variant>) { return Variant(self(o).Size()); }},
-      {"LBound",
-       MemberKind::PropertyGet,
-       {},
-       kLong,
-       [self](Object& o, std::span<Variant>) { return Variant(self(o).LBound()); }},
-      {"UBound",
-       MemberKind::PropertyGet,
-       {},
-       kLong,
-       [self](Object& o, std::span<Variant>) { return Variant(self(o).UBound()); }},
-      {"Add",
-       MemberKind::Method,
-       {{"Value", kValue}},
-       {},
-       [self](Object& o, std::span<Variant> a) { return self(o).Add(a[0]), Variant(); }},
-      {"Clear",
-       MemberKind::Method,
-       {},
-       {},
-       [self](Object& o, std::span<Variant>) { return self(o).Clear(), Variant(); }},
-      {"Item", MemberKind::PropertyGet, {{"Index", kLong}}, kValue, item},
-      {"", MemberKind::PropertyGet, {{"Index", kLong}}, kValue, item},
+      Property("Size", &Vector::Size),        Property("LBound", &Vector::LBound),
+      Property("UBound", &Vector::UBound),    Method("Add", &Vector::Add, {"Value"}),
+      Method("Clear", &Vector::Clear, {}),    Property("Item", &Vector::Item, {"Index"}),
+      Property("", &Vector::Item, {"Index"}),
   };
   return members;
 }

@@ -1,7 +1,6 @@
 #include <optional>
 
 #include "platform/automation/conversion.h"
-#include "platform/automation/dispatch.h"
 #include "platform/database/error_numbers.h"
 #include "platform/database/row_set.h"
 
@@ -28,6 +27,12 @@ class ClientCursor : public Recordset {
   explicit ClientCursor(Ref<RowSet> rows) : rows_(std::move(rows)) {}
 
   bool Eof() const override { return row_ >= Rows().row_count(); }
+  bool Bof() const override { return RecordCount() == 0; }
+  Long RecordCount() const override {
+    Long shown = 0;
+    for (std::size_t row = 0; row < Rows().row_count(); ++row) shown += IsShown(row) ? 1 : 0;
+    return shown;
+  }
   std::size_t FieldCount() const override { return Rows().names().size(); }
   const Text& FieldName(std::size_t field) const override {
     CheckField(field);
@@ -55,7 +60,10 @@ class ClientCursor : public Recordset {
     filter_ = filter;
     MoveFirst();
   }
-  Text Filter() const override { return filter_; }
+  Text Filter() const override {
+    (void)Rows();
+    return filter_;
+  }
   void Close() override { rows_ = nullptr; }
 
  private:
@@ -75,9 +83,9 @@ class ClientCursor : public Recordset {
                   "Either BOF or EOF is True, or the current record has been deleted.");
     }
   }
+  bool IsShown(std::size_t row) const { return !condition_ || condition_->Shows(rows_->Cell(row, condition_->field)); }
   void SkipHidden() {
-    if (!condition_) return;
-    while (row_ < rows_->row_count() && !condition_->Shows(rows_->Cell(row_, condition_->field))) ++row_;
+    while (row_ < rows_->row_count() && !IsShown(row_)) ++row_;
   }
   Condition Parse(std::string_view filter) const {
     const std::size_t equals = filter.find('=');
@@ -118,76 +126,6 @@ void RowSet::AddText(std::string_view text) {
 
 RecordsetRef OpenRecordset(Ref<RowSet> rows) {
   return New<ClientCursor>(std::move(rows));
-}
-
-std::size_t Recordset::FieldIndex(std::string_view name) const {
-  const std::size_t count = FieldCount();
-  for (std::size_t i = 0; i < count; ++i) {
-    if (EqualsIgnoreCase(FieldName(i), name)) return i;
-  }
-  throw Error(database_error::kNoSuchField, Text(kSource),
-              "Item cannot be found in the collection corresponding to the requested name: " + Text(name));
-}
-
-const MemberTable& Recordset::Members() const {
-  static const DeclaredType kText{DeclaredType::Kind::Text};
-  static const DeclaredType kValue{DeclaredType::Kind::Value};
-  static const DeclaredType kLong{DeclaredType::Kind::Long};
-  static const DeclaredType kBoolean{DeclaredType::Kind::Boolean};
-  const auto self = [](Object& object) -> Recordset& { return dynamic_cast<Recordset&>(object); };
-  static const MemberTable members{
-      {"EOF",
-       MemberKind::PropertyGet,
-       {},
-       kBoolean,
-       [self](Object& o, std::span<Variant>) { return Variant(self(o).Eof()); }},
-      {"FieldCount",
-       MemberKind::PropertyGet,
-       {},
-       kLong,
-       [self](Object& o, std::span<Variant>) { return Variant(static_cast<Long>(self(o).FieldCount())); }},
-      {"FieldName",
-       MemberKind::PropertyGet,
-       {{"Index", kLong}},
-       kText,
-       [self](Object& o, std::span<Variant> a) {
-         return Variant(self(o).FieldName(static_cast<std::size_t>(ToLong(a[0]))));
-       }},
-      {"Value",
-       MemberKind::PropertyGet,
-       {{"Field", kValue}},
-       kValue,
-       [self](Object& o, std::span<Variant> a) {
-         if (a[0].IsText()) return self(o).FieldValue(a[0].text());
-         return self(o).FieldValue(static_cast<std::size_t>(ToLong(a[0])));
-       }},
-      {"MoveFirst",
-       MemberKind::Method,
-       {},
-       {},
-       [self](Object& o, std::span<Variant>) { return self(o).MoveFirst(), Variant(); }},
-      {"MoveNext",
-       MemberKind::Method,
-       {},
-       {},
-       [self](Object& o, std::span<Variant>) { return self(o).MoveNext(), Variant(); }},
-      {"Filter",
-       MemberKind::PropertyGet,
-       {},
-       kText,
-       [self](Object& o, std::span<Variant>) { return Variant(self(o).Filter()); }},
-      {"SetFilter",
-       MemberKind::Method,
-       {{"Filter", kText}},
-       {},
-       [self](Object& o, std::span<Variant> a) { return self(o).SetFilter(ToText(a[0])), Variant(); }},
-      {"Close",
-       MemberKind::Method,
-       {},
-       {},
-       [self](Object& o, std::span<Variant>) { return self(o).Close(), Variant(); }},
-  };
-  return members;
 }
 
 }  // namespace rebate

@@ -17,6 +17,10 @@ class Recordset : public Object {
   // Whether the cursor is behind the last row (that the filter shows). Raises 3704 on a closed recordset, as every
   // member but Close does.
   virtual bool Eof() const = 0;
+  // Whether the cursor is in front of the first row: where there is none (that the filter shows).
+  virtual bool Bof() const = 0;
+  // The number of rows (that the filter shows).
+  virtual Long RecordCount() const = 0;
   virtual std::size_t FieldCount() const = 0;
   virtual const Text& FieldName(std::size_t field) const = 0;
   // The value in the current row. Raises 3021 at the end.
@@ -36,6 +40,9 @@ class Recordset : public Object {
   Variant FieldValue(std::string_view name) const { return FieldValue(FieldIndex(name)); }
   std::size_t FieldIndex(std::string_view name) const;
 
+  // EOF, BOF, RecordCount, Fields (the default member), MoveFirst, MoveNext, Filter (read and written) and Close.
+  // Fields has Count and Item (the default member), by name or by position from 0; a field Name and Value (the default
+  // member), that of the row on which the cursor stands.
   const MemberTable& Members() const override;
 };
 

@@ -1,9 +1,7 @@
 #include "platform/login/process_cache.h"
 
-#include <map>
 #include <mutex>
-
-#include "platform/automation/dispatch.h"
+#include <utility>
 
 namespace rebate {
 namespace {
@@ -11,43 +9,13 @@ namespace {
 struct Place {
   std::mutex mutex;
   ObjectRef cache;
+  ProcessCacheFinder finder;
 };
 
 Place& ThePlace() {
   static Place place;
   return place;
 }
-
-class ProcessCache : public Object {
- public:
-  bool LookUp(const Text& key) {
-    const std::lock_guard lock(mutex_);
-    return entries_.contains(key);
-  }
-  Variant Item(const Text& key) {
-    const std::lock_guard lock(mutex_);
-    const auto found = entries_.find(key);
-    return found == entries_.end() ? Variant() : found->second;
-  }
-  void SetItem(const Text& key, const Variant& value) {
-    const std::lock_guard lock(mutex_);
-    entries_[key] = value;
-  }
-
-  const MemberTable& Members() const override {
-    static const MemberTable members{
-        dispatch::Method("LookUp", &ProcessCache::LookUp, {"Key"}),
-        dispatch::Method("Item", &ProcessCache::Item, {"Key"}),
-        dispatch::Method("", &ProcessCache::Item, {"Key"}),
-        dispatch::Method("SetItem", &ProcessCache::SetItem, {"Key", "Value"}),
-    };
-    return members;
-  }
-
- private:
-  std::mutex mutex_;
-  std::map<Text, Variant> entries_;
-};
 
 }  // namespace
 
@@ -61,14 +29,21 @@ void DropProcessCache() {
   PutProcessCache(nullptr);
 }
 
-ObjectRef FindProcessCache() {
+void SetProcessCacheFinder(ProcessCacheFinder finder) {
   Place& place = ThePlace();
   const std::lock_guard lock(place.mutex);
-  return place.cache;
+  std::swap(place.finder, finder);
 }
 
-ObjectRef NewProcessCache() {
-  return New<ProcessCache>();
+ObjectRef FindProcessCache() {
+  Place& place = ThePlace();
+  ProcessCacheFinder finder;
+  {
+    const std::lock_guard lock(place.mutex);
+    if (place.cache) return place.cache;
+    finder = place.finder;
+  }
+  return finder ? finder() : nullptr;
 }
 
 }  // namespace rebate

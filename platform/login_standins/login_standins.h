@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/values/types.h"
+
+namespace rebate {
+
+// Stand-ins for the login and security components where there is no host that has its own: in the tool, in the shared
+// library and in tests.
+
+// What the stand-ins answer, for the whole process: who is logged in and where data rights apply.
+struct LoginAnswers {
+  Long app_user = 1;                   // the login properties UserID
+  bool need_authrize = false;          // whether data rights apply at all
+  Text authrize_item_class_list = {};  // to which item classes, as in "8,1"
+  Text props_string = {};              // the login property PropsString, which the security component is asked with
+  Long outer_login = 0;                // 1: properties come from the cache facade; 0: from the shared properties
+  std::vector<Text> failing = {};      // program identifiers that can't be created
+};
+
+// Sets the answers from now on; they start as declared above.
+void SetLoginAnswers(LoginAnswers answers);
+LoginAnswers TheLoginAnswers();
+
+// Registers a stand-in for each of the four login components that nobody has registered yet.
+void RegisterLoginStandIns();
+
+}  // namespace rebate
