@@ -3,7 +3,7 @@
 #include <CLI/App.hpp>
 #include <algorithm>
 
-#include "client/call_trace.h"
+#include "calls/call_trace.h"
 #include "platform/automation/class_objects.h"
 #include "platform/database/connect.h"
 

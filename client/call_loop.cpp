@@ -1,105 +1,15 @@
 #include "client/call_loop.h"
 
 #include <iostream>
-#include <map>
 #include <nlohmann/json.hpp>
 
-#include "client/call_control.h"
-#include "client/call_thread.h"
-#include "client/call_trace.h"
-#include "client/json_values.h"
-#include "client/late_call.h"
+#include "calls/call_control.h"
 
 namespace rebate {
-namespace {
-
-constexpr const char* kSource = "rebate call";
-
-[[noreturn]] void Refuse(const Text& reason) {
-  throw Error(error_number::kInvalidCall, kSource, reason);
-}
-
-// Runs `work`; what it raises becomes the answer's error.
-template <typename Work>
-void AnswerErrors(Json& answer, Work work) {
-  try {
-    work();
-  } catch (const Error& error) {
-    answer["error"] = ErrorToJson(error);
-  } catch (const std::exception& error) {
-    constexpr Long kUnexpected = -2147418113;
-    answer["error"] = ErrorToJson(Error(kUnexpected, kSource, error.what()));
-  }
-}
-
-class CallServer {
- public:
-  explicit CallServer(const CallOptions& options) : options_(options) {}
-
-  Json Answer(std::string_view line) {
-    Json answer = Json::object();
-    AnswerErrors(answer, [&] {
-      const Json request = ParseJson(line);
-      if (!request.is_object()) Refuse("A request is an object, such as {\"op\":\"Class.Member\",\"args\":{}}");
-      // Each kind of request is known by a key of its own.
-      if (request.contains("op")) {
-        AnswerCall(request, answer);
-      } else if (CallControl::IsControl(request)) {
-        answer = control_.Perform(request);
-      } else {
-        Refuse("\"op\" is missing: the operation, as Class.Member");
-      }
-    });
-    // A request that came to no call did nothing to the world.
-    if (options_.trace && answer.contains("error") && !answer.contains("trace")) answer["trace"] = Json::array();
-    return answer;
-  }
-
- private:
-  void AnswerCall(const Json& request, Json& answer) {
-    const Text operation = TextOf(request, "op");
-    answer["op"] = operation;
-    for (const auto& [key, value] : request.items()) {
-      if (key != "op" && key != "args" && key != "thread") Refuse("Unknown key in a call: " + key);
-    }
-    static const Json kNoArguments = Json::object();
-    const Json& args = request.contains("args") ? request["args"] : kNoArguments;
-    if (!args.is_object()) Refuse("\"args\" is an object: the arguments by their names");
-    const Text thread = request.contains("thread") ? TextOf(request, "thread") : Text();
-
-    CallTrace trace;
-    ThreadOf(thread).Run([&](Instances& instances) {
-      const TracedThread traced(options_.trace ? &trace : nullptr);
-      Perform(instances, operation, args, answer);
-    });
-    if (options_.trace) answer["trace"] = trace.entries();
-  }
-
-  void Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const {
-    AnswerErrors(answer, [&] {
-      LateCall call(instances, operation, args, options_.dsn);
-      AnswerErrors(answer, [&] { answer["result"] = call.Invoke(); });
-      if (Json by_ref = call.ByRefArguments(); !by_ref.empty()) answer["args"] = std::move(by_ref);
-    });
-  }
-
-  CallThread& ThreadOf(const Text& name) { return threads_.try_emplace(name, options_.library).first->second; }
-
-  static Text TextOf(const Json& request, const char* key) {
-    const Json& value = request[key];
-    if (!value.is_string()) Refuse("\"" + Text(key) + "\" is a text");
-    return value.get<Text>();
-  }
-
-  const CallOptions& options_;
-  CallControl control_;
-  std::map<Text, CallThread> threads_;
-};
-
-}  // namespace
 
 void ServeCalls(std::istream& in, std::ostream& out, const CallOptions& options) {
-  CallServer server(options);
+  CallControl control;
+  CallServer server(options, control);
   for (Text line; std::getline(in, line);) {
     out << JsonLine(server.Answer(line)) << '\n' << std::flush;
   }

@@ -2,8 +2,8 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "calls/json_text.h"
 #include "client/account.h"
-#include "client/json_text.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_rows.h"
 #include "client/tool.h"

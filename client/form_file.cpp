@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "client/json_values.h"
+#include "calls/json_values.h"
 #include "client/shape_check.h"
 #include "platform/automation/conversion.h"
 

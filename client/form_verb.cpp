@@ -2,11 +2,11 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "calls/json_values.h"
 #include "client/account.h"
 #include "client/form_file.h"
 #include "client/form_view.h"
 #include "client/json_file.h"
-#include "client/json_values.h"
 #include "client/scheme_lookup.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"

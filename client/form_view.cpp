@@ -5,8 +5,8 @@
 #include <ostream>
 #include <tuple>
 
+#include "calls/json_values.h"
 #include "client/account.h"
-#include "client/json_values.h"
 #include "client/rate_grid.h"
 #include "client/row_tables.h"
 #include "client/scheme_lookup.h"

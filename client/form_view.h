@@ -2,7 +2,7 @@
 
 #include <iosfwd>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 
 namespace rebate {
 

@@ -2,8 +2,8 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "calls/json_values.h"
 #include "client/account.h"
-#include "client/json_values.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"

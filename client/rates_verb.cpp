@@ -2,10 +2,10 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "calls/json_values.h"
 #include "client/account.h"
 #include "client/grid_files.h"
 #include "client/json_file.h"
-#include "client/json_values.h"
 #include "client/rate_grid.h"
 #include "client/rate_ranges.h"
 #include "client/row_tables.h"

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 
 namespace rebate {
 

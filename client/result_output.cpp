@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 #include "client/table.h"
 #include "platform/automation/conversion.h"
 #include "platform/database/recordset.h"

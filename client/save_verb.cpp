@@ -2,9 +2,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "calls/json_values.h"
 #include "client/account.h"
 #include "client/json_file.h"
-#include "client/json_values.h"
 #include "client/rebate_classes.h"
 #include "client/request_check.h"
 #include "client/row_tables.h"

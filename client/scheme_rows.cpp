@@ -3,8 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "calls/json_values.h"
 #include "client/account.h"
-#include "client/json_values.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"

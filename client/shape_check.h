@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 
 namespace rebate {
 

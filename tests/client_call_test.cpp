@@ -5,8 +5,8 @@
 #include <sstream>
 #include <thread>
 
+#include "calls/json_text.h"
 #include "client/call_loop.h"
-#include "client/json_text.h"
 #include "platform/automation/class_objects.h"
 #include "platform/automation/dispatch.h"
 #include "platform/containers/vector.h"

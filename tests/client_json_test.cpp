@@ -3,7 +3,7 @@
 #include <clocale>
 #include <nlohmann/json.hpp>
 
-#include "client/json_values.h"
+#include "calls/json_values.h"
 #include "platform/automation/conversion.h"
 #include "platform/containers/dictionary.h"
 #include "platform/containers/vector.h"

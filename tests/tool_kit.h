@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 #include "client/tool.h"
 #include "tests/test_account.h"
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 #include "platform/automation/dispatch.h"
 
 namespace rebate {

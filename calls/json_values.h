@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 #include "platform/automation/dispatch.h"
 #include "platform/automation/error.h"
 #include "platform/automation/variant.h"

@@ -1,4 +1,4 @@
-#include "client/call_thread.h"
+#include "calls/call_thread.h"
 
 #include "platform/automation/class_objects.h"
 #include "platform/automation/conversion.h"

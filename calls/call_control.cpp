@@ -1,8 +1,8 @@
-#include "client/call_control.h"
+#include "calls/call_control.h"
 
 #include <nlohmann/json.hpp>
 
-#include "client/json_values.h"
+#include "calls/json_values.h"
 #include "platform/automation/conversion.h"
 #include "platform/login/process_cache.h"
 #include "platform/login_standins/host_cache.h"

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 #include "platform/login/call_observer.h"
 
 namespace rebate {

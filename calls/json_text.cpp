@@ -1,4 +1,4 @@
-#include "client/json_text.h"
+#include "calls/json_text.h"
 
 #include <nlohmann/json.hpp>
 #include <utility>

@@ -1,9 +1,9 @@
-#include "client/late_call.h"
+#include "calls/late_call.h"
 
 #include <nlohmann/json.hpp>
 
-#include "client/call_thread.h"
-#include "client/json_values.h"
+#include "calls/call_thread.h"
+#include "calls/json_values.h"
 
 namespace rebate {
 namespace {

@@ -1,4 +1,4 @@
-#include "client/tagged_values.h"
+#include "calls/tagged_values.h"
 
 #include <cmath>
 #include <limits>

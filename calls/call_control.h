@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/json_text.h"
+#include "calls/json_text.h"
 
 namespace rebate {
 

@@ -1,10 +1,10 @@
-#include "client/json_values.h"
+#include "calls/json_values.h"
 
 #include <charconv>
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "client/tagged_values.h"
+#include "calls/tagged_values.h"
 #include "platform/containers/dictionary.h"
 #include "platform/containers/vector.h"
 #include "platform/database/recordset.h"

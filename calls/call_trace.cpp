@@ -1,6 +1,6 @@
-#include "client/call_trace.h"
+#include "calls/call_trace.h"
 
-#include "client/json_values.h"
+#include "calls/json_values.h"
 
 namespace rebate {
 

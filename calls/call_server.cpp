@@ -1,0 +1,90 @@
+#include "calls/call_server.h"
+
+#include <nlohmann/json.hpp>
+
+#include "calls/call_control.h"
+#include "calls/call_trace.h"
+#include "calls/json_values.h"
+#include "calls/late_call.h"
+
+namespace rebate {
+namespace {
+
+constexpr const char* kSource = "rebate call";
+
+[[noreturn]] void Refuse(const Text& reason) {
+  throw Error(error_number::kInvalidCall, kSource, reason);
+}
+
+Text TextOf(const Json& request, const char* key) {
+  const Json& value = request[key];
+  if (!value.is_string()) Refuse("\"" + Text(key) + "\" is a text");
+  return value.get<Text>();
+}
+
+// Runs `work`; what it raises becomes the answer's error.
+template <typename Work>
+void AnswerErrors(Json& answer, Work work) {
+  try {
+    work();
+  } catch (const Error& error) {
+    answer["error"] = ErrorToJson(error);
+  } catch (const std::exception& error) {
+    constexpr Long kUnexpected = -2147418113;
+    answer["error"] = ErrorToJson(Error(kUnexpected, kSource, error.what()));
+  }
+}
+
+}  // namespace
+
+Json CallServer::Answer(std::string_view line) {
+  Json answer = Json::object();
+  AnswerErrors(answer, [&] {
+    const Json request = ParseJson(line);
+    if (!request.is_object()) Refuse("A request is an object, such as {\"op\":\"Class.Member\",\"args\":{}}");
+    // Each kind of request is known by a key of its own.
+    if (request.contains("op")) {
+      AnswerCall(request, answer);
+    } else if (CallControl::IsControl(request)) {
+      answer = control_.Perform(request);
+    } else {
+      Refuse("\"op\" is missing: the operation, as Class.Member");
+    }
+  });
+  // A request that came to no call did nothing to the world.
+  if (options_.trace && answer.contains("error") && !answer.contains("trace")) answer["trace"] = Json::array();
+  return answer;
+}
+
+void CallServer::AnswerCall(const Json& request, Json& answer) {
+  const Text operation = TextOf(request, "op");
+  answer["op"] = operation;
+  for (const auto& [key, value] : request.items()) {
+    if (key != "op" && key != "args" && key != "thread") Refuse("Unknown key in a call: " + key);
+  }
+  static const Json kNoArguments = Json::object();
+  const Json& args = request.contains("args") ? request["args"] : kNoArguments;
+  if (!args.is_object()) Refuse("\"args\" is an object: the arguments by their names");
+  const Text thread = request.contains("thread") ? TextOf(request, "thread") : Text();
+
+  CallTrace trace;
+  ThreadOf(thread).Run([&](Instances& instances) {
+    const TracedThread traced(options_.trace ? &trace : nullptr);
+    Perform(instances, operation, args, answer);
+  });
+  if (options_.trace) answer["trace"] = trace.entries();
+}
+
+void CallServer::Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const {
+  AnswerErrors(answer, [&] {
+    LateCall call(instances, operation, args, options_.dsn);
+    AnswerErrors(answer, [&] { answer["result"] = call.Invoke(); });
+    if (Json by_ref = call.ByRefArguments(); !by_ref.empty()) answer["args"] = std::move(by_ref);
+  });
+}
+
+CallThread& CallServer::ThreadOf(const Text& name) {
+  return threads_.try_emplace(name, options_.library).first->second;
+}
+
+}  // namespace rebate

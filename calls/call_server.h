@@ -1,0 +1,46 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string_view>
+
+#include "calls/call_thread.h"
+#include "calls/json_text.h"
+
+namespace rebate {
+
+class CallControl;
+
+struct CallOptions {
+  Text library;             // the classes are created as `library.Class`
+  std::optional<Text> dsn;  // for calls that leave their `sDsn` out
+  bool trace = false;       // whether answers list what the call did to the world
+};
+
+// Answers requests, each one JSON object:
+//   {"op":"Class.Member","args":{NAME:VALUE,…},"thread":NAME}   a call; `args` and `thread` may be left out
+//   {"op":…,"result":VALUE,"args":{…},"trace":[…]}              its answer, with the by-ref arguments if there are any
+//   {"op":…,"error":{"number":…,"source":…,"description":…},…}  its answer where it raised, or could not be made
+// One with "login" or "cache" in the place of "op" speaks for the host (see CallControl). Each thread named is a thread
+// of the process with one instance of each class, made on first use; a server answers one request at a time, for
+// whichever thread asks.
+class CallServer {
+ public:
+  // `control` outlives the server.
+  CallServer(CallOptions options, CallControl& control) : options_(std::move(options)), control_(control) {}
+
+  // The answer to one request. What is no request is answered by an error, too; raises where memory or threads give
+  // out.
+  Json Answer(std::string_view line);
+
+ private:
+  void AnswerCall(const Json& request, Json& answer);
+  void Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const;
+  CallThread& ThreadOf(const Text& name);
+
+  CallOptions options_;
+  CallControl& control_;
+  std::map<Text, CallThread> threads_;
+};
+
+}  // namespace rebate
