@@ -1,0 +1,145 @@
+#include "com/foreign_containers.h"
+
+#include <algorithm>
+
+#include "com/foreign_object.h"
+#include "platform/automation/conversion.h"
+
+namespace rebate::com {
+namespace {
+
+enum class Shape { List, Map, Other };
+
+// What a client's object is, by the members that it answers to.
+Shape ShapeOf(ForeignObject& object) {
+  if (object.Answers("UBound") && object.Answers("Item")) return Shape::List;
+  if (object.Answers("Key") && object.Answers("Count") && object.Answers("Value")) return Shape::Map;
+  return Shape::Other;
+}
+
+// One object may be known under several references; its identity is one.
+const void* IdentityOf(const Object& object) {
+  const auto* foreign = dynamic_cast<const ForeignObject*>(&object);
+  if (foreign == nullptr) return &object;
+  return As<IUnknown>(foreign->client_object().get()).get();
+}
+
+Variant Get(Object& object, std::string_view member) {
+  return object.Invoke(member, {});
+}
+
+Variant Get(Object& object, std::string_view member, Variant argument) {
+  Variant arguments[] = {std::move(argument)};
+  return object.Invoke(member, arguments);
+}
+
+std::vector<Variant> ContentOf(const Object& container) {
+  std::vector<Variant> content;
+  if (const auto* list = dynamic_cast<const Vector*>(&container)) {
+    for (Long i = 1; i <= list->Size(); ++i) content.push_back(list->Item(i));
+  } else if (const auto* map = dynamic_cast<const Dictionary*>(&container)) {
+    for (Long i = 1; i <= map->Count(); ++i) {
+      content.emplace_back(map->Key(i));
+      content.push_back(map->Value(map->Key(i)));
+    }
+  }
+  return content;
+}
+
+}  // namespace
+
+Variant ForeignContainers::TakeIn(const Variant& value, std::string_view class_name) {
+  if (!value.IsObject() || !value.object()) return value;
+  const ObjectRef object = value.object();
+  if (dynamic_cast<ForeignObject*>(object.get()) != nullptr) return Copy(object, class_name == Vector::kClassName);
+  return NeedsCopy(value) ? Variant(Copy(object, dynamic_cast<Vector*>(object.get()) != nullptr)) : value;
+}
+
+// Whether the value is a client's container, or a container of this component's with one in it.
+bool ForeignContainers::NeedsCopy(const Variant& value) const {
+  if (!value.IsObject() || !value.object()) return false;
+  const ObjectRef object = value.object();
+  if (auto* foreign = dynamic_cast<ForeignObject*>(object.get())) return ShapeOf(*foreign) != Shape::Other;
+  const std::vector<Variant> content = ContentOf(*object);
+  return std::any_of(content.begin(), content.end(), [&](const Variant& inner) { return NeedsCopy(inner); });
+}
+
+ObjectRef ForeignContainers::Copy(const ObjectRef& original, bool list) {
+  const void* identity = IdentityOf(*original);
+  for (const Taken& taken : taken_) {
+    if (IdentityOf(*taken.original) == identity) return taken.copy;
+  }
+  if (std::find(open_.begin(), open_.end(), identity) != open_.end()) {
+    throw Error(error_number::kInvalidCall, "", "A container holds itself.");
+  }
+  open_.push_back(identity);
+  ObjectRef copy;
+  if (list) {
+    const Ref<Vector> vector = New<Vector>();
+    CopyList(*original, *vector);
+    copy = vector;
+  } else {
+    const Ref<Dictionary> dictionary = New<Dictionary>();
+    CopyMap(*original, *dictionary);
+    copy = dictionary;
+  }
+  open_.pop_back();
+  taken_.push_back({original, copy, copy, ContentOf(*copy)});
+  return copy;
+}
+
+void ForeignContainers::CopyList(Object& original, Vector& copy) {
+  const Long last = ToLong(Get(original, "UBound"));
+  for (Long i = ToLong(Get(original, "LBound")); i <= last; ++i) copy.Add(Inner(Get(original, "Item", i)));
+}
+
+void ForeignContainers::CopyMap(Object& original, Dictionary& copy) {
+  const Long count = ToLong(Get(original, "Count"));
+  for (Long i = 1; i <= count; ++i) {
+    const Variant key = Get(original, "Key", i);
+    copy.SetValue(ToText(key), Inner(Get(original, "Value", key)));
+  }
+}
+
+Variant ForeignContainers::Inner(const Variant& value) {
+  if (!value.IsObject() || !value.object()) return value;
+  const ObjectRef object = value.object();
+  auto* foreign = dynamic_cast<ForeignObject*>(object.get());
+  if (foreign == nullptr) return TakeIn(value, {});
+  const Shape shape = ShapeOf(*foreign);
+  return shape == Shape::Other ? value : Variant(Copy(object, shape == Shape::List));
+}
+
+bool ForeignContainers::Replace(const Variant& before, const Variant& after) {
+  for (Taken& taken : taken_) {
+    if (Variant(taken.copy) != before) continue;
+    taken.now = after.IsObject() ? after.object() : nullptr;
+    return true;
+  }
+  return false;
+}
+
+Variant ForeignContainers::Original(const Variant& value) const {
+  for (const Taken& taken : taken_) {
+    if (Variant(taken.copy) == value) return taken.original;
+  }
+  return value;
+}
+
+void ForeignContainers::GiveBack() {
+  for (const Taken& taken : taken_) {
+    const std::vector<Variant> now = taken.now ? ContentOf(*taken.now) : std::vector<Variant>();
+    if (now == taken.before) continue;
+    Get(*taken.original, "Clear");
+    if (dynamic_cast<Vector*>(taken.copy.get()) != nullptr) {
+      for (const Variant& element : now) Get(*taken.original, "Add", Original(element));
+    } else {
+      for (std::size_t i = 0; i + 1 < now.size(); i += 2) {
+        Variant entry[] = {now[i], Original(now[i + 1])};
+        taken.original->Put("Value", entry);
+      }
+    }
+  }
+}
+
+}  // namespace rebate::com
