@@ -5,6 +5,7 @@
 
 #include "platform/automation/class_objects.h"
 #include "platform/automation/dispatch.h"
+#include "platform/automation/per_thread.h"
 #include "platform/login/call_observer.h"
 
 namespace rebate {
@@ -77,6 +78,10 @@ class Creator : public Object {
   }
 };
 
+struct ThreadCreator {
+  ObjectRef creator = New<Creator>();
+};
+
 template <typename Component>
 void RegisterStandIn(std::string_view program_id) {
   if (IsClassRegistered(program_id)) return;
@@ -114,7 +119,7 @@ void RegisterLoginComponents() {
 LoginComponent::LoginComponent(std::string_view program_id) : LoginComponent(program_id, CreateObject(program_id)) {}
 
 LoginComponent LoginComponent::ThroughCreator(std::string_view program_id) {
-  thread_local const ObjectRef creator = New<Creator>();
+  const ObjectRef& creator = OfThisThread<ThreadCreator>().creator;
   Variant arguments[] = {program_id};
   return LoginComponent(program_id, ObjectAs<Object>(creator->Invoke("CreateInstance", arguments)));
 }
