@@ -1,23 +1,18 @@
 #include "client/json_file.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "client/tool.h"
 #include "platform/automation/error.h"
+#include "platform/files/files.h"
 
 namespace rebate {
 
 Json ReadJsonFile(const Text& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path)) {
-    throw Error(error_number::kInvalidCall, "rebate", "Can't read " + path);
-  }
-  const Text text(std::istreambuf_iterator<char>(file), {});
+  const std::optional<Text> text = files::ReadWhole(path);
+  if (!text) throw Error(error_number::kInvalidCall, "rebate", "Can't read " + path);
   try {
-    return ParseJson(text);
+    return ParseJson(*text);
   } catch (const Error& error) {
     throw Error(error.number, error.source, path + ": " + error.description);
   }

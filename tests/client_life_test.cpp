@@ -1,3 +1,5 @@
+#include <set>
+
 #include "client/json_file.h"
 #include "tests/tool_kit.h"
 
@@ -19,8 +21,11 @@ class ClientLife : public ToolTest {
 
   // The enabled schemes' ids, as in "1 2".
   Text Enabled() {
+    // The list goes by the second in which a scheme was changed.
+    std::set<Text> sorted;
+    for (const Json& row : RunJson({"list"})) sorted.insert(row["FSchemeID"].get<Text>());
     Text ids;
-    for (const Json& row : RunJson({"list"})) ids = row["FSchemeID"].get<Text>() + " " + ids;
+    for (const Text& id : sorted) ids += id + " ";
     return ids;
   }
 };

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "client/request_check.h"
+#include "platform/files/files.h"
 
 namespace rebate {
 namespace {
@@ -73,8 +74,8 @@ TEST(ClientRequest, AtMostTenProblemsAreTold) {
 
 TEST(ClientRequest, TheExamplesAreWellFormed) {
   int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(REBATE_SOURCE_DIR "/examples")) {
-    if (!entry.path().filename().string().starts_with("supplier_")) continue;
+  for (const auto& entry : std::filesystem::directory_iterator(files::ToPath(REBATE_SOURCE_DIR "/examples"))) {
+    if (!files::FromPath(entry.path().filename()).starts_with("supplier_")) continue;
     std::ifstream file(entry.path());
     const Text text(std::istreambuf_iterator<char>(file), {});
     EXPECT_EQ(RequestProblems(ParseJson(text)), std::vector<Text>()) << entry.path();

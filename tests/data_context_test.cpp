@@ -1,10 +1,8 @@
 #include "platform/login/data_context.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <thread>
@@ -14,6 +12,7 @@
 #include "platform/database/error_numbers.h"
 #include "platform/login/call_observer.h"
 #include "tests/error_of.h"
+#include "tests/scratch_folder.h"
 
 namespace rebate {
 namespace {
@@ -142,19 +141,17 @@ TEST_F(DataContextTest, ALostConnectionIsReplacedAtTheNextOpen) {
 }
 
 TEST_F(DataContextTest, AnAccountFileThatWasReplacedIsOpenedAnew) {
-  Text directory = std::filesystem::temp_directory_path() / "rebate-pool-XXXXXX";
-  ASSERT_NE(::mkdtemp(directory.data()), nullptr);
-  const Text path = directory + "/shop.db";
-  std::ofstream(path) << "old";
+  const ScratchFolder folder;
+  const Text path = folder.File("shop.db");
+  std::ofstream(files::ToPath(path)) << "old";
   Context()->Open(path);
   TakeLog();
   Context()->Open(path);
   EXPECT_EQ(TakeLog().size(), 2u);
-  std::ofstream(path + ".new") << "new";
-  std::filesystem::rename(path + ".new", path);
+  std::ofstream(files::ToPath(path + ".new")) << "new";
+  std::filesystem::rename(files::ToPath(path + ".new"), files::ToPath(path));
   Context()->Open(path);
   EXPECT_EQ(TakeLog()[0], path + ":close");
-  std::filesystem::remove_all(directory);
 }
 
 TEST_F(DataContextTest, IdleConnectionsAreClosedWhenTooManyAreOpen) {

@@ -2,30 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "model/account_script.h"
 #include "platform/automation/conversion.h"
 #include "platform/database/embedded/embedded_account.h"
+#include "tests/scratch_folder.h"
 
 namespace rebate {
 
 // A new account in a directory of its own, which goes with the test.
 class EmbeddedTest : public testing::Test {
  protected:
-  EmbeddedTest() : directory_(MakeDirectory()), path_((directory_ / "account.db").string()) {
-    account_ = CreateEmbedded(path_);
-  }
-  ~EmbeddedTest() override {
-    account_ = nullptr;
-    std::filesystem::remove_all(directory_);
-  }
-
-  static std::filesystem::path MakeDirectory() {
-    Text name = (std::filesystem::temp_directory_path() / "rebate-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    return name;
-  }
+  EmbeddedTest() : path_(folder_.File("account.db")), account_(CreateEmbedded(path_)) {}
 
   void Run(std::string_view text) { account_->Execute(text); }
 
@@ -61,7 +48,7 @@ class EmbeddedTest : public testing::Test {
     for (const ScriptBatch& batch : Batches(AccountSchema())) Run(batch.text);
   }
 
-  std::filesystem::path directory_;
+  ScratchFolder folder_;
   Text path_;
   ConnectionRef account_;
 };

@@ -1,5 +1,4 @@
-#include <sys/stat.h>
-
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -154,14 +153,15 @@ class EmbeddedOpening : public EmbeddedTest {
     }
     return Error(0, "", "");
   }
-  Text Path(const char* name) const { return (directory_ / name).string(); }
+  Text Path(const char* name) const { return folder_.File(name); }
+  std::filesystem::path System(const char* name) const { return files::ToPath(Path(name)); }
 };
 
 TEST_F(EmbeddedOpening, RefusesWhatIsNoAccount) {
-  std::ofstream(Path("text")) << Text(5000, 'x');
-  std::ofstream(Path("empty"));
-  std::filesystem::copy_file(path_, Path("sealed"));
-  chmod(Path("sealed").c_str(), 0444);
+  std::ofstream(System("text")) << Text(5000, 'x');
+  std::ofstream(System("empty"));
+  std::filesystem::copy_file(files::ToPath(path_), System("sealed"));
+  std::filesystem::permissions(System("sealed"), std::filesystem::perms(0444));
   struct {
     const char* name;
     const char* says;
@@ -176,21 +176,21 @@ TEST_F(EmbeddedOpening, RefusesWhatIsNoAccount) {
     EXPECT_NE(error.description.find(one.says), Text::npos) << error.description;
     EXPECT_NE(error.description.find(Path(one.name)), Text::npos) << error.description;
   }
-  EXPECT_FALSE(std::filesystem::exists(Path("missing")));
+  EXPECT_FALSE(std::filesystem::exists(System("missing")));
 }
 
 TEST_F(EmbeddedOpening, TellsOfDamageInItsOwnWords) {
   MakeSchema();
   account_ = nullptr;
-  const auto size = static_cast<std::streamoff>(std::filesystem::file_size(path_));
+  const auto size = static_cast<std::streamoff>(std::filesystem::file_size(files::ToPath(path_)));
   struct {
     std::streamoff at;  // where the file is overwritten
     std::streamoff count;
   } damages[] = {{44, 4}, {100, 600}, {4096, size - 4096}, {size / 2, 1}};
   for (const auto& damage : damages) {
     const Text path = Path("damaged");
-    std::filesystem::copy_file(path_, path);
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    std::filesystem::copy_file(files::ToPath(path_), files::ToPath(path));
+    std::fstream file(files::ToPath(path), std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(damage.at);
     file << Text(static_cast<std::size_t>(damage.count), '\x7e');
     file.close();
@@ -203,14 +203,14 @@ TEST_F(EmbeddedOpening, TellsOfDamageInItsOwnWords) {
     if (error.number != 0) {
       EXPECT_NE(error.description.find("is damaged"), Text::npos) << damage.at << ": " << error.description;
     }
-    std::filesystem::remove(path);
+    std::filesystem::remove(files::ToPath(path));
   }
 }
 
 TEST_F(EmbeddedOpening, FilesAreTheirOwnersAlone) {
   Run("create table t_t (a int)");
   for (const char* suffix : {"", "-wal", "-shm"}) {
-    EXPECT_EQ(std::filesystem::status(path_ + suffix).permissions(),
+    EXPECT_EQ(std::filesystem::status(files::ToPath(path_ + suffix)).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
         << suffix;
   }
@@ -220,25 +220,26 @@ TEST_F(EmbeddedOpening, AnAccountInTheMakingStandsNowhereBeforeItIsWhole) {
   {
     AccountInMaking making(Path("new"));
     making.connection().Execute("create table t_t (a int)");
-    EXPECT_FALSE(std::filesystem::exists(Path("new")));
+    EXPECT_FALSE(std::filesystem::exists(System("new")));
   }
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_), {}), 3) << "the account and its two files";
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 3)
+      << "the account and its two files";
   AccountInMaking making(Path("new"));
   making.connection().Execute("create table t_t (a int)");
   {
     AccountInMaking late(Path("late"));
-    std::ofstream(Path("late")) << "mine";
+    std::ofstream(System("late")) << "mine";
     EXPECT_THROW(late.Finish(), Error);
   }
-  EXPECT_EQ(std::filesystem::file_size(Path("late")), 4u);
+  EXPECT_EQ(std::filesystem::file_size(System("late")), 4u);
   making.Finish();
   EXPECT_EQ(RowsOn(*OpenEmbedded(Path("new")), "select count(*) from t_t"), "0");
 }
 
 TEST_F(EmbeddedOpening, CreatesOnlyWhereNothingStands) {
-  std::ofstream(Path("taken")) << "mine";
+  std::ofstream(System("taken")) << "mine";
   EXPECT_EQ(OpenRefusal(Path("taken"), true).number, database_error::kConnection);
-  EXPECT_EQ(std::filesystem::file_size(Path("taken")), 4u);
+  EXPECT_EQ(std::filesystem::file_size(System("taken")), 4u);
   EXPECT_EQ(OpenRefusal(Path("no/such/directory"), true).number, database_error::kConnection);
   EXPECT_EQ(OpenRefusal(path_, true).number, database_error::kConnection);
 }

@@ -1,9 +1,6 @@
 #include "tests/test_account.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <atomic>
 
 #include "model/account_script.h"
 #include "platform/automation/conversion.h"
@@ -13,28 +10,19 @@
 namespace rebate {
 namespace {
 
-std::filesystem::path NewFolder() {
-  static std::atomic<int> count = 0;
-  std::filesystem::path folder = std::filesystem::temp_directory_path() /
-                                 ("rebate-test-" + std::to_string(getpid()) + "-" + std::to_string(++count));
-  std::filesystem::create_directories(folder);
-  return folder;
-}
-
-DataSource SourceOf(const std::filesystem::path& path) {
-  return DataSource::Parse("Data Source=" + path.string());
+DataSource SourceOf(const Text& path) {
+  return DataSource::Parse("Data Source=" + path);
 }
 
 // An account is made once and then copied: the schema takes longer than most tests.
-const std::filesystem::path& TemplateAccount() {
+const Text& TemplateAccount() {
   struct Template {
-    std::filesystem::path folder = NewFolder();
-    std::filesystem::path path = folder / "template.db";
+    ScratchFolder folder;
+    Text path = folder.File("template.db");
     Template() {
       const ConnectionRef connection = ConnectForSetup(SourceOf(path));
       for (const ScriptBatch& batch : Batches(AccountSchema())) connection->Execute(batch.text);
     }
-    ~Template() { std::filesystem::remove_all(folder); }
   };
   static const Template made;
   return made.path;
@@ -42,13 +30,8 @@ const std::filesystem::path& TemplateAccount() {
 
 }  // namespace
 
-TestAccount::TestAccount() : folder_(NewFolder()), path_(folder_ / "shop.db") {
-  std::filesystem::copy_file(TemplateAccount(), path_);
-}
-
-TestAccount::~TestAccount() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
+TestAccount::TestAccount() : path_(folder_.File("shop.db")) {
+  std::filesystem::copy_file(files::ToPath(TemplateAccount()), files::ToPath(path_));
 }
 
 void TestAccount::Execute(std::string_view text) const {

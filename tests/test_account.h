@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -8,6 +7,7 @@
 #include "platform/containers/dictionary.h"
 #include "platform/containers/vector.h"
 #include "platform/login/call_observer.h"
+#include "tests/scratch_folder.h"
 
 namespace rebate {
 
@@ -15,12 +15,10 @@ namespace rebate {
 class TestAccount {
  public:
   TestAccount();
-  ~TestAccount();
-  TestAccount(const TestAccount&) = delete;
-  TestAccount& operator=(const TestAccount&) = delete;
 
-  Text dsn() const { return "Data Source=" + path_.string() + ";AppUser=1001"; }
-  const std::filesystem::path& path() const { return path_; }
+  Text dsn() const { return "Data Source=" + path_ + ";AppUser=1001"; }
+  // A file beside the account.
+  Text File(const Text& name) const { return folder_.File(name); }
 
   // Runs a text outside any call, unseen by the observer.
   void Execute(std::string_view text) const;
@@ -32,8 +30,8 @@ class TestAccount {
   Text Everything() const;
 
  private:
-  std::filesystem::path folder_;
-  std::filesystem::path path_;
+  ScratchFolder folder_;
+  Text path_;
 };
 
 // Records what the calls of this thread do to the world, and can refuse a statement.

@@ -43,7 +43,7 @@ inline Text Example(const Text& name) {
 // A sample account that `rebate init` made beside the test's own.
 class ToolTest : public testing::Test {
  protected:
-  ToolTest() : dsn_((account_.path().parent_path() / "sample.db").string()) {
+  ToolTest() : dsn_(account_.File("sample.db")) {
     const Outcome made = RunRebate({"init", dsn_, "--sample"});
     EXPECT_EQ(made.status, 0) << made.err;
   }
@@ -68,8 +68,8 @@ class ToolTest : public testing::Test {
   }
   // A file beside the account.
   Text File(const Text& name, const Text& content) {
-    const Text path = (account_.path().parent_path() / name).string();
-    std::ofstream(path, std::ios::binary) << content;
+    const Text path = account_.File(name);
+    std::ofstream(files::ToPath(path), std::ios::binary) << content;
     return path;
   }
 

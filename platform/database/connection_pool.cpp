@@ -1,16 +1,12 @@
 #include "platform/database/connection_pool.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 
 namespace rebate {
 namespace {
 
-std::optional<PooledConnection::FileIdentity> Identify(const DataSource& source) {
-  struct stat status {};
-  if (!source.embedded || ::stat(source.path.c_str(), &status) != 0) return std::nullopt;
-  return PooledConnection::FileIdentity(status.st_dev, status.st_ino);
+std::optional<files::Identity> Identify(const DataSource& source) {
+  return source.embedded ? files::IdentityOf(source.path) : std::nullopt;
 }
 
 }  // namespace

@@ -1,25 +1,22 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "platform/automation/ref.h"
 #include "platform/database/connect.h"
+#include "platform/files/files.h"
 
 namespace rebate {
 
 // A connection that outlives the calls made on it.
 struct PooledConnection : RefCounted {
-  using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;  // device and inode
-
   Text dsn;
   ConnectionRef connection;
-  std::optional<FileIdentity> file;  // of an embedded account, as it was when the connection was opened
-  bool busy = false;                 // a call is being made on it
-  bool broken = false;               // it failed as a connection and is of no more use
+  std::optional<files::Identity> file;  // of an embedded account, as it was when the connection was opened
+  bool busy = false;                    // a call is being made on it
+  bool broken = false;                  // it failed as a connection and is of no more use
 };
 
 // The open connections of one thread, one for each data source text.

@@ -1,6 +1,7 @@
 #include "platform/login/data_context.h"
 
 #include "platform/automation/error.h"
+#include "platform/automation/per_thread.h"
 #include "platform/database/connection_pool.h"
 #include "platform/database/connection_text.h"
 #include "platform/database/error_numbers.h"
@@ -161,8 +162,7 @@ Ref<DataContext> MakeDataContext(std::shared_ptr<ConnectionPool> pool) {
 }
 
 GlobalApplication& TheGlobalApplication() {
-  thread_local ThreadApplication application;
-  return application;
+  return OfThisThread<ThreadApplication>();
 }
 
 }  // namespace rebate

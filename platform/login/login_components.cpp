@@ -2,6 +2,7 @@
 
 #include "platform/automation/class_objects.h"
 #include "platform/automation/dispatch.h"
+#include "platform/automation/per_thread.h"
 #include "platform/login/call_observer.h"
 
 namespace rebate {
@@ -18,17 +19,24 @@ class Creator : public Object {
   }
 };
 
-ObjectRef NewCreator() {
-  const ObjectRef host_creator = CreateIfRegistered(login_component::kCreator);
-  return host_creator ? host_creator : New<Creator>();
-}
+// A thread's creator: the host's, where it has one.
+struct ThreadCreator {
+  ObjectRef of_host = CreateIfRegistered(login_component::kCreator);
+  ObjectRef creator = of_host ? of_host : New<Creator>();
+
+  // When a thread ends, the system may have put away the code of its host's classes already.
+  ~ThreadCreator() {
+    creator = nullptr;
+    of_host.Detach();
+  }
+};
 
 }  // namespace
 
 LoginComponent::LoginComponent(std::string_view program_id) : LoginComponent(program_id, CreateObject(program_id)) {}
 
 LoginComponent LoginComponent::ThroughCreator(std::string_view program_id) {
-  thread_local const ObjectRef creator = NewCreator();
+  const ObjectRef& creator = OfThisThread<ThreadCreator>().creator;
   Variant arguments[] = {program_id};
   return LoginComponent(program_id, ObjectAs<Object>(creator->Invoke("CreateInstance", arguments)));
 }

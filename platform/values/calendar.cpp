@@ -6,7 +6,6 @@
 #include <ctime>
 
 #if defined(_WIN32)
-#define NOMINMAX
 #include <windows.h>
 #endif
 

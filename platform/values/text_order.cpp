@@ -7,7 +7,6 @@
 #include "platform/values/text.h"
 
 #if defined(_WIN32)
-#define NOMINMAX
 #include <windows.h>
 #elif defined(REBATE_HAS_ICU)
 #include <unicode/ucol.h>

@@ -3,9 +3,9 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "platform/database/tsql/print/definition.h"
+#include "platform/files/files.h"
 #include "platform/values/ascii.h"
 
 namespace rebate {
@@ -101,7 +101,7 @@ Error IdentityOverflow(const tsql::DataType& type) {
 }
 
 Text DatabaseName(const Text& path) {
-  return std::filesystem::path(path).stem().string();
+  return files::FromPath(files::ToPath(path).stem());
 }
 
 Text FullName(const TableInfo& table, const Text& path) {

@@ -1,16 +1,10 @@
 #include "platform/database/embedded/embedded_account.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <filesystem>
-
 #include "platform/database/embedded/account_catalog.h"
 #include "platform/database/embedded/account_upgrade.h"
 #include "platform/database/embedded/embedded_connection.h"
 #include "platform/database/embedded/functions.h"
+#include "platform/files/files.h"
 #include "platform/values/ascii.h"
 
 namespace rebate {
@@ -47,16 +41,15 @@ std::int64_t ReadNumber(sqlite3* database, std::string_view sql, const Text& pat
 
 // Refuses a path where no account file can be, before SQLite touches anything there.
 void CheckFile(const Text& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) {
+  const files::Kind kind = files::KindOf(path);
+  if (kind == files::Kind::Missing) {
     Refuse("The account " + path + " does not exist; `rebate init " + path + "` makes an account.");
   }
-  if (S_ISDIR(status.st_mode))
+  if (kind == files::Kind::Directory)
     Refuse("The path " + path + " is a directory; an account is a file, and `rebate init` makes one.");
-  if (!S_ISREG(status.st_mode)) Refuse("The path " + path + " is no file; an account is one.");
-  // The bits are looked at, too, for a user to whom they mean nothing.
-  const bool writable = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0 && access(path.c_str(), R_OK | W_OK) == 0;
-  if (!writable) Refuse("The account " + path + " can't be written; give yourself the permission to write the file.");
+  if (kind != files::Kind::File) Refuse("The path " + path + " is no file; an account is one.");
+  if (!files::CanBeChanged(path))
+    Refuse("The account " + path + " can't be written; give yourself the permission to write the file.");
 }
 
 // Gives the version. A database that is no account is left untouched.
@@ -98,22 +91,13 @@ void BuildAccount(sqlite3* database, const Text& path) {
   Refuse("There is something at " + path + " already; a new account needs a path of its own.");
 }
 
-// Gives a file its name where nothing has that name. Gives the error number, 0 where it is done.
-int MoveToFreeName(const Text& from, const Text& to) {
-  if (link(from.c_str(), to.c_str()) == 0) {
-    unlink(from.c_str());
-    return 0;
-  }
-  if (errno == EEXIST) return errno;
-  // Some file systems know no second names.
-  return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
+[[noreturn]] void RefuseMaking(const Text& path, const std::error_code& error) {
+  if (error == std::errc::file_exists) RefuseTaken(path);
+  Refuse("The account " + path + " can't be made: " + error.message() + ".");
 }
 
 void RemoveAccount(const Text& path) {
-  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-    std::error_code ignored;
-    std::filesystem::remove(path + suffix, ignored);
-  }
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) files::Remove(path + suffix);
 }
 
 }  // namespace
@@ -129,13 +113,7 @@ ConnectionRef OpenEmbedded(const Text& path, std::chrono::milliseconds lock_wait
 
 ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wait) {
   // The file is made here and not by SQLite, so that of two that try only one gets to build.
-  const int file = open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600);
-  if (file < 0) {
-    const std::error_code error(errno, std::generic_category());
-    if (error == std::errc::file_exists) RefuseTaken(path);
-    Refuse("The account " + path + " can't be made: " + error.message() + ".");
-  }
-  close(file);
+  if (const std::error_code error = files::CreateNew(path)) RefuseMaking(path, error);
   try {
     DatabaseHandle database = OpenFile(path, lock_wait);
     BuildAccount(database.get(), path);
@@ -148,9 +126,8 @@ ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wa
 }
 
 AccountInMaking::AccountInMaking(const Text& path, std::chrono::milliseconds lock_wait) : path_(path) {
-  struct stat status {};
-  if (lstat(path.c_str(), &status) == 0) RefuseTaken(path);
-  making_ = path + ".making-" + std::to_string(getpid());
+  if (files::IsTaken(path)) RefuseTaken(path);
+  making_ = files::NameOfThisProcess(path + ".making");
   try {
     connection_ = CreateEmbedded(making_, lock_wait);
   } catch (Error& error) {
@@ -167,16 +144,10 @@ AccountInMaking::~AccountInMaking() {
 void AccountInMaking::Finish() {
   // The last connection writes everything to the file itself.
   connection_ = nullptr;
-  std::error_code ignored;
-  if (std::filesystem::exists(making_ + "-wal", ignored)) {
+  if (files::KindOf(making_ + "-wal") != files::Kind::Missing) {
     Refuse("The account " + path_ + " can't be made: its file can't be completed.");
   }
-  const int error = MoveToFreeName(making_, path_);
-  if (error == EEXIST) RefuseTaken(path_);
-  if (error != 0) {
-    Refuse("The account " + path_ + " can't be made: " + std::error_code(error, std::generic_category()).message() +
-           ".");
-  }
+  if (const std::error_code error = files::MoveToFreeName(making_, path_)) RefuseMaking(path_, error);
   making_.clear();
 }
 

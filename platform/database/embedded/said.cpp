@@ -64,7 +64,7 @@ Mark TakeMark(std::string_view& text) {
 Text InBase(std::uint64_t number, unsigned base, bool capitals) {
   const std::string_view signs = capitals ? "0123456789ABCDEF" : "0123456789abcdef";
   Text digits;
-  for (; number != 0 || digits.empty(); number /= base) digits += signs[number % base];
+  for (; number != 0 || digits.empty(); number /= base) digits += signs[static_cast<unsigned>(number % base)];
   std::reverse(digits.begin(), digits.end());
   return digits;
 }

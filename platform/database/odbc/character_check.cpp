@@ -1,10 +1,8 @@
 #include "platform/database/odbc/character_check.h"
 
-#include <iconv.h>
-#include <langinfo.h>
-
 #include <string>
 
+#include "platform/database/odbc/charset.h"
 #include "platform/database/odbc/statement_words.h"
 #include "platform/values/ascii.h"
 
@@ -12,7 +10,6 @@ namespace rebate::odbc {
 namespace {
 
 constexpr int kUtf8CodePage = 65001;
-constexpr char32_t kEuro = 0x20AC;
 
 Text NotAscii(std::string_view text) {
   Text others;
@@ -20,28 +17,6 @@ Text NotAscii(std::string_view text) {
     if (!IsAscii(c)) others += c;
   }
   return others;
-}
-
-// The first character of `text` that the character set lacks; empty where it has them all, or isn't known here.
-Text FirstMissing(std::string_view text, const Text& charset) {
-  const iconv_t converter = ::iconv_open(charset.c_str(), "UTF-8");
-  if (converter == reinterpret_cast<iconv_t>(-1)) return {};
-  Text missing;
-  const char* const end = text.data() + text.size();
-  for (const char* at = text.data(); at != end && missing.empty();) {
-    const char* const start = at;
-    const char32_t character = NextCodePoint(at, end);
-    char* in = const_cast<char*>(start);
-    std::size_t in_left = static_cast<std::size_t>(at - start);
-    char buffer[16];
-    char* out = buffer;
-    std::size_t out_left = sizeof(buffer);
-    const bool has = ::iconv(converter, &in, &in_left, &out, &out_left) == 0;
-    // The library's table lacks the euro sign that the server's has.
-    if (!has && !(character == kEuro && charset == "CP936")) missing.assign(start, at);
-  }
-  ::iconv_close(converter);
-  return missing;
 }
 
 // Whether the driver manager brings these characters to the driver and back.
@@ -69,7 +44,7 @@ bool HoldsLooseByte(std::string_view text) {
 }  // namespace
 
 CharacterCheck::CharacterCheck(const Session& session)
-    : session_(session.get()), carries_all_(Crosses(session_, "促é😀")), locale_charset_(::nl_langinfo(CODESET)) {}
+    : session_(session.get()), carries_all_(Crosses(session_, "促é😀")), locale_charset_(LocaleCharset()) {}
 
 void CharacterCheck::SetServerCodePage(int code_page) {
   server_charset_ = code_page == 0 || code_page == kUtf8CodePage ? Text() : "CP" + std::to_string(code_page);

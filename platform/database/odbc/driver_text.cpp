@@ -1,12 +1,8 @@
 #include "platform/database/odbc/driver_text.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
 
+#include "platform/files/files.h"
 #include "platform/values/ascii.h"
 
 namespace rebate::odbc {
@@ -96,25 +92,22 @@ Text DriverKey(std::string_view key, std::string_view value, Braces braces) {
 }
 
 Text PasswordFromEnvironment(const Text& name) {
-  const char* const value = std::getenv(name.c_str());
-  if (value == nullptr) Refuse("PasswordEnv names the environment variable '" + name + "', which isn't set.");
-  return value;
+  const std::optional<Text> value = files::EnvironmentVariable(name);
+  if (!value) Refuse("PasswordEnv names the environment variable '" + name + "', which isn't set.");
+  return *value;
 }
 
 Text PasswordFromFile(const Text& path) {
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) Refuse("PasswordFile names '" + path + "', which can't be read.");
-  struct stat status {};
-  const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-  const bool shared = (status.st_mode & (S_IRWXG | S_IRWXO)) != 0;
-  char buffer[4096];
-  const ssize_t size = regular && !shared ? ::read(file, buffer, sizeof(buffer)) : 0;
-  ::close(file);
-  if (!regular) Refuse("PasswordFile names '" + path + "', which is no file.");
-  if (shared) {
-    Refuse("PasswordFile names '" + path + "', which others than its owner can reach: chmod 600 it first.");
+  constexpr std::size_t kMost = 4096;
+  using State = files::PrivateFile::State;
+  const files::PrivateFile file = files::ReadPrivate(path, kMost);
+  if (file.state == State::Unreadable) Refuse("PasswordFile names '" + path + "', which can't be read.");
+  if (file.state == State::NoFile) Refuse("PasswordFile names '" + path + "', which is no file.");
+  if (file.state == State::Shared) {
+    Refuse("PasswordFile names '" + path +
+           "', which others than its owner can reach: " + files::CommandToMakePrivate(path) + " first.");
   }
-  const std::string_view text(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  const std::string_view text = file.start;
   Text password(Trim(text.substr(0, text.find('\n')), "\r"));
   if (password.empty()) Refuse("PasswordFile names '" + path + "', whose first line is empty.");
   return password;

@@ -1,5 +1,9 @@
 #pragma once
 
+#ifdef _WIN32
+// The types that <sql.h> takes for granted there.
+#include <windef.h>
+#endif
 #include <sql.h>
 #include <sqlext.h>
 

@@ -1,0 +1,48 @@
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstring>
+
+#include "client/console.h"
+#include "platform/database/connection_text.h"
+
+namespace rebate {
+
+struct Console::State {};
+
+Console::Console() {
+  // The ODBC driver manager converts the texts of plain drivers by it. Numbers know no locale.
+  std::setlocale(LC_CTYPE, "");
+}
+
+Console::~Console() = default;
+
+std::size_t Console::width() const {
+  winsize size{};
+  if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+  return size.ws_col;
+}
+
+bool Console::errors_are_seen() const {
+  return isatty(STDERR_FILENO) != 0;
+}
+
+bool Console::can_ask() const {
+  return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+}
+
+std::vector<Text> TakeArguments(int argc, char** argv) {
+  std::vector<Text> arguments(argv, argv + argc);
+  for (int i = 1; i < argc; ++i) {
+    const Text& argument = arguments[static_cast<std::size_t>(i)];
+    const Text shown = WithoutSecrets(argument);
+    if (shown == argument) continue;
+    std::memset(argv[i], 0, argument.size());
+    std::memcpy(argv[i], shown.data(), std::min(shown.size(), argument.size()));
+  }
+  return arguments;
+}
+
+}  // namespace rebate

@@ -1,0 +1,38 @@
+# SQLite's one-file source, of the version that Debian 12 has. No Debian package ships it; the npm package does.
+set(sqlite_package better-sqlite3@8.1.0)
+set(sqlite_c_sum de365966681a951cd2fd7b76796a683f0ec6458dfa8fc54cf16029d6833ef1d1)
+set(sqlite_h_sum dc419c400665bd43b335d04d7562d78e1d5dcd464fa0d6150c9d5c3bc5d705f4)
+
+# Gives whether `file` is there and is the one that is meant.
+function(rebate_has_sum file sum result)
+  set(${result} FALSE PARENT_SCOPE)
+  if(EXISTS ${file})
+    file(SHA256 ${file} found)
+    if(found STREQUAL sum)
+      set(${result} TRUE PARENT_SCOPE)
+    endif()
+  endif()
+endfunction()
+
+# Sets `result` to the folder with sqlite3.c and sqlite3.h, which all presets share; fetches them where they are missing.
+function(rebate_sqlite_source result)
+  set(folder ${CMAKE_SOURCE_DIR}/build/sqlite)
+  set(unpacked ${folder}/package/deps/sqlite3)
+  rebate_has_sum(${unpacked}/sqlite3.c ${sqlite_c_sum} has_source)
+  rebate_has_sum(${unpacked}/sqlite3.h ${sqlite_h_sum} has_header)
+  if(NOT has_source OR NOT has_header)
+    file(MAKE_DIRECTORY ${folder})
+    execute_process(COMMAND npm pack --silent ${sqlite_package} WORKING_DIRECTORY ${folder} OUTPUT_VARIABLE archive
+                    OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE failed)
+    if(failed)
+      message(FATAL_ERROR "npm can't fetch ${sqlite_package}, which holds SQLite's source: ${failed}")
+    endif()
+    file(ARCHIVE_EXTRACT INPUT ${folder}/${archive} DESTINATION ${folder} PATTERNS package/deps/sqlite3/*)
+    rebate_has_sum(${unpacked}/sqlite3.c ${sqlite_c_sum} has_source)
+    rebate_has_sum(${unpacked}/sqlite3.h ${sqlite_h_sum} has_header)
+    if(NOT has_source OR NOT has_header)
+      message(FATAL_ERROR "The sources in ${unpacked} are not those of SQLite 3.40.1 that this build goes with.")
+    endif()
+  endif()
+  set(${result} ${unpacked} PARENT_SCOPE)
+endfunction()
