@@ -23,17 +23,6 @@ Text Hexadecimal(HRESULT result) {
   return digits;
 }
 
-// What the system itself says of a failure.
-Text SystemText(HRESULT result) {
-  wchar_t* text = nullptr;
-  const DWORD length =
-      FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                     nullptr, static_cast<DWORD>(result), 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
-  const Text described = length == 0 ? "Automation error " + Hexadecimal(result) : Narrow({text, length});
-  LocalFree(text);
-  return Text(TrimWhite(described));
-}
-
 Long NumberOf(HRESULT result) {
   const auto bits = static_cast<std::uint32_t>(result);
   switch (result) {
@@ -52,6 +41,16 @@ Long NumberOf(HRESULT result) {
 }
 
 }  // namespace
+
+Text SystemText(HRESULT result) {
+  wchar_t* text = nullptr;
+  const DWORD length =
+      FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                     nullptr, static_cast<DWORD>(result), 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+  const Text described = length == 0 ? "Automation error " + Hexadecimal(result) : Narrow({text, length});
+  LocalFree(text);
+  return Text(TrimWhite(described));
+}
 
 HRESULT ResultOf(const Error& error) {
   if (error.number == error_number::kOutOfMemory) return E_OUTOFMEMORY;

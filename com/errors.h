@@ -11,6 +11,9 @@ namespace rebate::com {
 // The system's word for an error: number n from 1 to 65535 is 0x800A0000 + n, a negative one is itself.
 HRESULT ResultOf(const Error& error);
 
+// What the system itself says of a failure, with its number where it says nothing.
+Text SystemText(HRESULT result);
+
 // Leaves the error for a client that asks for it behind the call that failed (IErrorInfo): source, description, help
 // file and context. Gives ResultOf.
 HRESULT Leave(const Error& error, REFIID raised_by) noexcept;

@@ -24,13 +24,9 @@ const void* IdentityOf(const Object& object) {
   return As<IUnknown>(foreign->client_object().get()).get();
 }
 
-Variant Get(Object& object, std::string_view member) {
-  return object.Invoke(member, {});
-}
-
-Variant Get(Object& object, std::string_view member, Variant argument) {
-  Variant arguments[] = {std::move(argument)};
-  return object.Invoke(member, arguments);
+Variant Get(Object& object, std::string_view member, std::vector<Variant> arguments = {}) {
+  auto* foreign = dynamic_cast<ForeignObject*>(&object);
+  return foreign != nullptr ? foreign->InvokeByValue(member, arguments) : object.Invoke(member, arguments);
 }
 
 std::vector<Variant> ContentOf(const Object& container) {
@@ -90,14 +86,14 @@ ObjectRef ForeignContainers::Copy(const ObjectRef& original, bool list) {
 
 void ForeignContainers::CopyList(Object& original, Vector& copy) {
   const Long last = ToLong(Get(original, "UBound"));
-  for (Long i = ToLong(Get(original, "LBound")); i <= last; ++i) copy.Add(Inner(Get(original, "Item", i)));
+  for (Long i = ToLong(Get(original, "LBound")); i <= last; ++i) copy.Add(Inner(Get(original, "Item", {i})));
 }
 
 void ForeignContainers::CopyMap(Object& original, Dictionary& copy) {
   const Long count = ToLong(Get(original, "Count"));
   for (Long i = 1; i <= count; ++i) {
-    const Variant key = Get(original, "Key", i);
-    copy.SetValue(ToText(key), Inner(Get(original, "Value", key)));
+    const Variant key = Get(original, "Key", {i});
+    copy.SetValue(ToText(key), Inner(Get(original, "Value", {key})));
   }
 }
 
@@ -132,7 +128,7 @@ void ForeignContainers::GiveBack() {
     if (now == taken.before) continue;
     Get(*taken.original, "Clear");
     if (dynamic_cast<Vector*>(taken.copy.get()) != nullptr) {
-      for (const Variant& element : now) Get(*taken.original, "Add", Original(element));
+      for (const Variant& element : now) Get(*taken.original, "Add", {Original(element)});
     } else {
       for (std::size_t i = 0; i + 1 < now.size(); i += 2) {
         Variant entry[] = {now[i], Original(now[i + 1])};

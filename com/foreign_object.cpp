@@ -5,10 +5,9 @@
 #include "com/wide_text.h"
 
 namespace rebate::com {
-namespace {
 
 // Arguments on their way to another's object, in the order of the system: the last one first.
-class Arguments {
+class ForeignObject::Arguments {
  public:
   explicit Arguments(std::span<const Variant> arguments) : values_(arguments.size()), passed_(arguments.size()) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -45,8 +44,6 @@ class Arguments {
   std::vector<OwnVariant> values_;
   std::vector<VARIANT> passed_;
 };
-
-}  // namespace
 
 Ref<ForeignObject> ForeignObject::Borrow(IDispatch* object) {
   Ref<ForeignObject> borrowed = New<ForeignObject>(ComRef<IDispatch>::Adopt(object));
@@ -90,16 +87,26 @@ bool ForeignObject::Answers(std::string_view member) {
 }
 
 Variant ForeignObject::Invoke(std::string_view member, std::span<Variant> arguments) {
-  const DISPID id = IdOf(member);
   Arguments passed(arguments);
   passed.PassVariables();
+  Variant answer = Invoke(member, passed);
+  passed.TakeBack(arguments);
+  return answer;
+}
+
+Variant ForeignObject::InvokeByValue(std::string_view member, std::span<const Variant> arguments) {
+  Arguments passed(arguments);
+  return Invoke(member, passed);
+}
+
+Variant ForeignObject::Invoke(std::string_view member, Arguments& passed) {
+  const DISPID id = IdOf(member);
   DISPPARAMS parameters{passed.data(), nullptr, passed.size(), 0};
   OwnVariant answer;
   EXCEPINFO told{};
   const HRESULT result = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
                                          &parameters, &answer, &told, nullptr);
   if (FAILED(result)) throw Taken(result, told, member);
-  passed.TakeBack(arguments);
   return FromClient(answer);
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "com/com_ref.h"
-#include "platform/automation/object.h"
+#include "platform/automation/variant.h"
 
 namespace rebate::com {
 
@@ -22,6 +22,8 @@ class ForeignObject : public Object {
   static Ref<ForeignObject> Borrow(IDispatch* object);
 
   Variant Invoke(std::string_view member, std::span<Variant> arguments) override;
+  // The same with all arguments by value, which script engines know to take in every place.
+  Variant InvokeByValue(std::string_view member, std::span<const Variant> arguments);
   void Put(std::string_view member, std::span<Variant> arguments) override;
 
   // Whether the object knows a member of that name.
@@ -33,6 +35,9 @@ class ForeignObject : public Object {
   ~ForeignObject() override;
 
  private:
+  class Arguments;
+
+  Variant Invoke(std::string_view member, Arguments& passed);
   HRESULT Find(std::string_view member, DISPID& id);
   DISPID IdOf(std::string_view member);
 

@@ -11,13 +11,14 @@
 #include "com/wide_text.h"
 #include "platform/automation/class_objects.h"
 #include "platform/login/process_cache.h"
+#include "platform/login_standins/login_standins.h"
 
 namespace rebate::com {
 namespace {
 
 ObjectRef CreateSystemObject(std::string_view program_id) {
   CLSID id{};
-  if (FAILED(CLSIDFromProgID(Wide(program_id).c_str(), &id))) return nullptr;
+  if (FAILED(CLSIDFromProgID(Wide(program_id).c_str(), &id))) return CreateLoginStandIn(program_id);
   ComRef<IDispatch> object;
   const HRESULT result =
       CoCreateInstance(id, nullptr, CLSCTX_SERVER, __uuidof(IDispatch), reinterpret_cast<void**>(object.Receive()));

@@ -4,8 +4,8 @@
 
 #include "com/com_ref.h"
 #include "com/creatable_classes.h"
+#include "com/errors.h"
 #include "com/wide_text.h"
-#include "platform/automation/error.h"
 #include "service/component_classes.h"
 
 // The system has these; not every compiler's headers tell of them.
@@ -34,7 +34,7 @@ class Key {
 };
 
 void CheckResult(HRESULT result) {
-  if (FAILED(result)) throw Error(result, "", "The component can't be registered, or its registration removed.");
+  if (FAILED(result)) throw Error(result, "", "The registry can't be changed: " + SystemText(result));
 }
 
 void Check(LSTATUS status) {
@@ -103,10 +103,13 @@ void RemoveTypeLibrary(Audience audience) {
   CheckResult(CLSIDFromString(Wide(library.id).c_str(), &id));
   const auto major = static_cast<WORD>(library.major_version);
   const auto minor = static_cast<WORD>(library.minor_version);
+  OwnBstr registered;
+  if (FAILED(QueryPathOfRegTypeLib(id, major, minor, LOCALE_NEUTRAL, registered.Receive()))) return;
   const HRESULT result = audience == Audience::Machine
                              ? UnRegisterTypeLib(id, major, minor, LOCALE_NEUTRAL, kSystem)
                              : UnRegisterTypeLibForUser(id, major, minor, LOCALE_NEUTRAL, kSystem);
-  if (result != TYPE_E_REGISTRYACCESS && result != HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)) CheckResult(result);
+  // It may be there for the other audience.
+  if (result != TYPE_E_REGISTRYACCESS) CheckResult(result);
 }
 
 }  // namespace

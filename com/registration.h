@@ -12,8 +12,8 @@ enum class Audience {
   User,     // the calling one
 };
 
-// Registers the classes and the type library in the file at `path`. Raises an error whose number is the system's result,
-// E_ACCESSDENIED where the rights are missing; what was written before is then taken away again.
+// Registers the classes and the type library in the file at `path`. Raises an error whose number is the system's
+// result, E_ACCESSDENIED where the rights are missing; what was written before is then taken away again.
 void Register(Audience audience, const std::wstring& path);
 
 // Takes away what Register wrote; nothing there is no failure. Raises as Register does.

@@ -66,18 +66,22 @@ class GlData : public Object {
   }
 };
 
+struct StandIn {
+  std::string_view program_id;
+  ObjectRef (*create)();
+};
+
 template <typename Component>
-void RegisterStandIn(std::string_view program_id) {
-  if (IsClassRegistered(program_id)) return;
-  RegisterClass(program_id, [program_id]() -> ObjectRef {
-    const LoginAnswers answers = TheLoginAnswers();
-    const bool fails = std::any_of(answers.failing.begin(), answers.failing.end(),
-                                   [&](const Text& failing) { return EqualsIgnoreCase(failing, program_id); });
-    if (fails)
-      throw Error(error_number::kCannotCreate, "", "ActiveX component can't create object: " + Text(program_id));
-    return New<Component>();
-  });
+ObjectRef Create() {
+  return New<Component>();
 }
+
+constexpr StandIn kStandIns[] = {
+    {login_component::kCacheFacade, &Create<CacheFacade>},
+    {login_component::kShareProps, &Create<ShareProps>},
+    {login_component::kSecurityInfo, &Create<SecurityInfo>},
+    {login_component::kGlData, &Create<GlData>},
+};
 
 }  // namespace
 
@@ -93,11 +97,24 @@ LoginAnswers TheLoginAnswers() {
   return shared.answers;
 }
 
+ObjectRef CreateLoginStandIn(std::string_view program_id) {
+  const auto named = [&](std::string_view name) { return EqualsIgnoreCase(name, program_id); };
+  const auto found = std::find_if(std::begin(kStandIns), std::end(kStandIns),
+                                  [&](const StandIn& stand_in) { return named(stand_in.program_id); });
+  if (found == std::end(kStandIns)) return nullptr;
+  const LoginAnswers answers = TheLoginAnswers();
+  if (std::any_of(answers.failing.begin(), answers.failing.end(), named)) {
+    throw Error(error_number::kCannotCreate, "", "ActiveX component can't create object: " + Text(program_id));
+  }
+  return found->create();
+}
+
 void RegisterLoginStandIns() {
-  RegisterStandIn<CacheFacade>(login_component::kCacheFacade);
-  RegisterStandIn<ShareProps>(login_component::kShareProps);
-  RegisterStandIn<SecurityInfo>(login_component::kSecurityInfo);
-  RegisterStandIn<GlData>(login_component::kGlData);
+  for (const StandIn& stand_in : kStandIns) {
+    const std::string_view program_id = stand_in.program_id;
+    if (IsClassRegistered(program_id)) continue;
+    RegisterClass(program_id, [program_id] { return CreateLoginStandIn(program_id); });
+  }
 }
 
 }  // namespace rebate

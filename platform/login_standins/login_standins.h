@@ -1,13 +1,15 @@
 #pragma once
 
+#include <string_view>
 #include <vector>
 
+#include "platform/automation/object.h"
 #include "platform/values/types.h"
 
 namespace rebate {
 
 // Stand-ins for the login and security components where there is no host that has its own: in the tool, in the shared
-// library and in tests.
+// library, in the in-process server on a system without them, and in tests.
 
 // What the stand-ins answer, for the whole process: who is logged in and where data rights apply.
 struct LoginAnswers {
@@ -22,6 +24,10 @@ struct LoginAnswers {
 // Sets the answers from now on; they start as declared above.
 void SetLoginAnswers(LoginAnswers answers);
 LoginAnswers TheLoginAnswers();
+
+// A stand-in for the login component of that program identifier; null for any other identifier. Raises 429 where it is
+// to fail.
+ObjectRef CreateLoginStandIn(std::string_view program_id);
 
 // Registers a stand-in for each of the four login components that nobody has registered yet.
 void RegisterLoginStandIns();

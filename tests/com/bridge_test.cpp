@@ -43,7 +43,8 @@ std::unique_ptr<Answer> Raise(std::vector<VARIANT> arguments, std::vector<DISPID
   auto answer = std::make_unique<Answer>();
   DISPPARAMS parameters{arguments.data(), names.data(), static_cast<UINT>(arguments.size()),
                         static_cast<UINT>(names.size())};
-  answer->result = thrower->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &parameters, &answer->value, &answer->told, nullptr);
+  answer->result =
+      thrower->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &parameters, &answer->value, &answer->told, nullptr);
   return answer;
 }
 
@@ -131,7 +132,8 @@ TEST(Bridge, WalksOverContainers) {
     const ComRef<IDispatch> client = ClientSide(object);
     DISPPARAMS none{};
     OwnVariant answer;
-    EXPECT_EQ(client->Invoke(DISPID_NEWENUM, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &answer, nullptr, nullptr), S_OK);
+    EXPECT_EQ(client->Invoke(DISPID_NEWENUM, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &answer, nullptr, nullptr),
+              S_OK);
     const ComRef<IEnumVARIANT> each = As<IEnumVARIANT>(answer.punkVal);
     std::vector<Variant> values;
     for (;;) {

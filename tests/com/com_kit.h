@@ -5,6 +5,7 @@
 
 #include <oleauto.h>
 
+#include "com/bridge.h"
 #include "com/com_ref.h"
 #include "com/foreign_object.h"
 #include "com/wide_text.h"
@@ -27,8 +28,10 @@ inline ComRef<IDispatch> Created(std::string_view program_id) {
 // A late-bound client of one object.
 class Client {
  public:
-  explicit Client(std::string_view program_id) : object_(New<ForeignObject>(Created(program_id))) {}
   explicit Client(const Variant& object) : object_(object.object()) {}
+  static Client Of(std::string_view class_name) {
+    return Client(ObjectRef(New<ForeignObject>(Created("TALMRebateRuleMgr." + Text(class_name)))));
+  }
 
   Variant Call(std::string_view member, std::vector<Variant> arguments = {}) const {
     return object_->Invoke(member, arguments);

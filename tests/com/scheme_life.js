@@ -73,7 +73,8 @@ check("their id", goods.Fields("FItemID").Value, 401);
 // Ranges come back into the script's own list, which the call replaces.
 mgr.SaveSchemeData(dsn, 0, "\u8868\u5355", 2041, 1, "802", listOf(newMap({FLower: 0, FUpper: 1000})),
                    listOf(newMap({FItemID: 403, FOrgID: 802, FRebateCount: 1, FRebateRate: 2.25, FUnitID: 1, FCheckItemID: 0})), "");
-var form = Number(mgr.LoadSchemeListData(dsn, newMap({RebateClassType: 24}))(1).Value("FSchemeID"));
+var found = mgr.LoadSchemeListData(dsn, newMap({RebateClassType: 24, Status: 2, SchemeName: "\u8868\u5355"}));
+var form = Number(found(1).Value("FSchemeID"));
 var bands = listOf(newMap({old: 1})), rows = new List();
 check("a form is viewed", mgr.ViewSchemeData(dsn, form, "", 0, 0, "", bands, rows, ""), true);
 check("its bands fill the script's list", bands.UBound(), 1);

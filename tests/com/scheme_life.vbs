@@ -58,8 +58,11 @@ Function SaveScheme(name, goods)
   Set SaveScheme = mgr.SaveOneSchemeData(dsn, TypeRow(2041), head, ranges, orgs, rows)
 End Function
 
-Function ListSchemes()
-  Set ListSchemes = mgr.LoadSchemeListData(dsn, Row(Array("RebateClassType=24")))
+' The id of the scheme of that name.
+Function IdOf(name)
+  Dim list
+  Set list = mgr.LoadSchemeListData(dsn, Row(Array("RebateClassType=24", "Status=2", "SchemeName=" & name)))
+  IdOf = CLng(list(1).Value("FSchemeID"))
 End Function
 
 Sub SchemeLife()
@@ -70,11 +73,10 @@ Sub SchemeLife()
   Check "SaveOneSchemeData of the same goods", answer.Value("OK"), False
   Check "what it overlaps", answer.Value("Repeat").Item(1).Value("FSchemeName"), "first"
   Check "SaveOneSchemeData of other goods", SaveScheme("second", 402).Value("OK"), True
-  Set list = ListSchemes()
+  Set list = mgr.LoadSchemeListData(dsn, Row(Array("RebateClassType=24")))
   Check "LoadSchemeListData", list.Size, 2
-  Check "its newest scheme", list(1).Value("FSchemeName"), "second"
-  second = CLng(list(1).Value("FSchemeID"))
-  first = CLng(list(2).Value("FSchemeID"))
+  first = IdOf("first")
+  second = IdOf("second")
 
   msg = ""
   Check "EnableScheme", mgr.EnableScheme(dsn, first, True), True
@@ -114,11 +116,11 @@ Sub SchemeLife()
 End Sub
 
 Sub FormLife()
-  Dim bands, rows, name, rebateType, mode, org, note, seen, id
+  Dim bands, rows, name, rebateType, mode, org, note, id
   Set bands = ListOf(Row(Array("FLower=0", "FUpper=1000")))
   Set rows = ListOf(Row(Array("FItemID=403", "FOrgID=802", "FRebateCount=1", "FRebateRate=2.25", "FUnitID=1", "FCheckItemID=0")))
   Check "SaveSchemeData", mgr.SaveSchemeData(dsn, 0, "form", 2041, 1, "802", bands, rows, "a note"), True
-  id = CLng(ListSchemes()(1).Value("FSchemeID"))
+  id = IdOf("form")
   Check "ViewSchemeData", mgr.ViewSchemeData(dsn, id, name, rebateType, mode, org, bands, rows, note), True
   Check "its name", name, "form"
   Check "its type", rebateType, 2041
@@ -149,6 +151,7 @@ Sub GridLife()
   Check "DeleteItemNotInRule", mgr.DeleteItemNotInRule(dsn, 2040, False), True
   Check "the selection left", mgr.GetItemInfo(2040, 1, dsn, 1001).Size, 1
   lType = 2040
+  Set rates = ListOf(Row(Array("FClassTypeID=2040", "FItemID=0", "FAmtRangeID=" & id, "FRebateRate=0.5")))
   Check "SaveAllRule", rules.SaveAllRule(dsn, lType, rates), True
 End Sub
 
@@ -159,7 +162,7 @@ Sub Errors()
   Check "UpdateBatch", mgr.ExistsSchemeName(dsn, 0, "none"), False
   On Error Resume Next
   mgr.UpdateBatch dsn, Array("select * from t_None")
-  Check "the error of UpdateBatch", Hex(Err.Number), "80040E37"
+  Check "the error of UpdateBatch", Hex(Err.Number), "80040E14"
   Check "its source", Err.Source, "BaseInfoMgr:UpdateBatch"
   Check "its description", Err.Description, "Invalid object name 't_None'."
   Err.Clear

@@ -1,3 +1,7 @@
+#include <windows.h>
+
+#include <ocidl.h>
+
 #include <sstream>
 
 #include "com/type_library.h"
@@ -51,9 +55,9 @@ Text TypeText(const TYPEDESC& type) {
       return "value";
     case VT_VOID:
       return "none";
+    case VT_DISPATCH:
+      return "object";
     case VT_PTR:
-      // A reference to an object is a pointer by itself.
-      if (type.lptdesc->vt == VT_USERDEFINED) return "object";
       return TypeText(*type.lptdesc) + " by ref";
     default:
       return "type " + std::to_string(type.vt);
@@ -67,8 +71,8 @@ Text FromTable(const ComponentClass& entry) {
   for (const Member& member : entry.create()->Members().All()) {
     text << ++id << (member.kind == MemberKind::Method ? " method " : " property ") << member.name << "(";
     for (const Parameter& parameter : member.parameters) {
-      text << parameter.name << ": " << TypeText(parameter.type, parameter.by_ref)
-           << (parameter.optional ? " = 0" : "") << ", ";
+      text << parameter.name << ": " << TypeText(parameter.type, parameter.by_ref) << (parameter.optional ? " = 0" : "")
+           << ", ";
     }
     text << "): " << TypeText(member.result, false) << "\n";
   }
@@ -79,7 +83,7 @@ Text ParameterText(const ELEMDESC& element) {
   const USHORT flags = element.paramdesc.wParamFlags;
   const bool out = (flags & PARAMFLAG_FOUT) != 0;
   Text text = TypeText(element.tdesc);
-  EXPECT_NE(flags & PARAMFLAG_FIN, 0);
+  EXPECT_NE(flags & PARAMFLAG_FIN, 0);  // what is out is by reference, and the other way round
   EXPECT_EQ(out, text.ends_with("by ref"));
   if ((flags & PARAMFLAG_FHASDEFAULT) != 0) {
     const VARIANT& value = element.paramdesc.pparamdescex->varDefaultValue;
