@@ -9,15 +9,16 @@
  * Texts. Every text is UTF-8 and ends with a NUL. Requests and answers are the JSON objects of `rebate call`, which
  * README.md describes. A text that a function gives belongs to the caller, until rebate_free.
  *
- * Errors. They are texts, too: {"error":{"number":...,"source":...,"description":...}}. No function raises, ends the
- * process or sets errno, whatever it is given; each may be called while an exception of the host is under way.
+ * Errors. They are texts, too: {"error":{"number":...,"source":...,"description":...}}. No function raises or sets errno,
+ * whatever it is given; each may be called while an exception of the host is under way. Want of memory is answered by
+ * error 7; where not even the small pieces are to be had that taking a JSON value apart needs, the process ends.
  *
  * Threads. A session may be used from any thread, by one at a time: a call that comes while another one runs in the
  * same session is answered by error 70 and does nothing. Sessions work beside each other. The calls of a session run
  * on a thread that the session owns, since instances and open connections belong to one thread: so the caller's
- * stack, locale, signal handlers and exceptions don't touch them, a host that moves between threads finds the same
- * instances, and closing leaves nothing behind. It costs two thread switches a call. A thread isn't cancelled
- * (pthread_cancel) while it is in one of these functions.
+ * stack, signal handlers and exceptions don't touch them, a host that moves between threads finds the same instances,
+ * and closing leaves nothing behind. It costs two thread switches a call. A thread isn't cancelled (pthread_cancel)
+ * while it is in one of these functions.
  *
  * Processes. A session belongs to the process that opened it. In a child made by fork its calls are answered by error
  * 5; the child opens its own.
