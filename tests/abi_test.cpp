@@ -155,6 +155,9 @@ TEST_F(Abi, CallsWorkWhileTheHostUnwinds) {
 }
 
 TEST_F(Abi, AThreadIsCancelledBetweenCallsAlone) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the address sanitizer takes the stack of a cancelled thread for used";
+#endif
   const AbiSession session(dsn_);
   const auto call_for_ever = [](void* called) -> void* {
     for (;;) {
