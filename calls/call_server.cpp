@@ -6,11 +6,13 @@
 #include "calls/call_trace.h"
 #include "calls/json_values.h"
 #include "calls/late_call.h"
+#include "platform/login/data_context.h"
 
 namespace rebate {
 namespace {
 
 constexpr const char* kSource = "rebate call";
+constexpr Long kOutOfMemory = 7;
 
 [[noreturn]] void Refuse(const Text& reason) {
   throw Error(error_number::kInvalidCall, kSource, reason);
@@ -29,6 +31,8 @@ void AnswerErrors(Json& answer, Work work) {
     work();
   } catch (const Error& error) {
     answer["error"] = ErrorToJson(error);
+  } catch (const std::bad_alloc&) {
+    answer["error"] = ErrorToJson(Error(kOutOfMemory, kSource, "Out of memory"));
   } catch (const std::exception& error) {
     constexpr Long kUnexpected = -2147418113;
     answer["error"] = ErrorToJson(Error(kUnexpected, kSource, error.what()));
@@ -54,6 +58,11 @@ Json CallServer::Answer(std::string_view line) {
   // A request that came to no call did nothing to the world.
   if (options_.trace && answer.contains("error") && !answer.contains("trace")) answer["trace"] = Json::array();
   return answer;
+}
+
+void CallServer::OpenDataSource() {
+  if (!options_.dsn) return;
+  ThreadOf({}).Run([this](Instances&) { TheGlobalApplication().GetContext()->Open(*options_.dsn); });
 }
 
 void CallServer::AnswerCall(const Json& request, Json& answer) {

@@ -33,6 +33,10 @@ class CallServer {
   // out.
   Json Answer(std::string_view line);
 
+  // Opens the options' data source, where there is one, on the thread of the calls that name none; its connection stays
+  // open for them. Raises what opening raises.
+  void OpenDataSource();
+
  private:
   void AnswerCall(const Json& request, Json& answer);
   void Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const;

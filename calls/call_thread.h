@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <thread>
@@ -28,22 +29,24 @@ class Instances {
 // A thread with instances of its own, which live and die on it.
 class CallThread {
  public:
-  explicit CallThread(const Text& library);
+  // Raises where no thread can be had.
+  explicit CallThread(Text library);
   ~CallThread();
   CallThread(const CallThread&) = delete;
   CallThread& operator=(const CallThread&) = delete;
 
-  // Runs `work` on the thread and waits for its end. `work` must not raise.
+  // Runs `work` on the thread and waits for its end. Raises what it raises.
   void Run(std::function<void(Instances&)> work);
 
  private:
-  void Loop(const Text& library);
+  void Loop(Text library);
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::function<void(Instances&)> work_;  // empty while there is none
+  std::exception_ptr failure_;            // what the work raised
   bool ending_ = false;
-  std::thread thread_;  // the last member: it uses the others
+  std::thread thread_;
 };
 
 }  // namespace rebate
