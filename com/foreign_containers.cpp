@@ -8,6 +8,13 @@
 namespace rebate::com {
 namespace {
 
+// No request nests containers deeper, but those that hold themselves.
+constexpr int kDeepest = 100;
+
+[[noreturn]] void ThrowHoldsItself() {
+  throw Error(error_number::kInvalidCall, "", "A container holds itself.");
+}
+
 enum class Shape { List, Map, Other };
 
 // What a client's object is, by the members that it answers to.
@@ -52,12 +59,13 @@ Variant ForeignContainers::TakeIn(const Variant& value, std::string_view class_n
 }
 
 // Whether the value is a client's container, or a container of this component's with one in it.
-bool ForeignContainers::NeedsCopy(const Variant& value) const {
+bool ForeignContainers::NeedsCopy(const Variant& value, int depth) const {
   if (!value.IsObject() || !value.object()) return false;
+  if (depth > kDeepest) ThrowHoldsItself();
   const ObjectRef object = value.object();
   if (auto* foreign = dynamic_cast<ForeignObject*>(object.get())) return ShapeOf(*foreign) != Shape::Other;
   const std::vector<Variant> content = ContentOf(*object);
-  return std::any_of(content.begin(), content.end(), [&](const Variant& inner) { return NeedsCopy(inner); });
+  return std::any_of(content.begin(), content.end(), [&](const Variant& inner) { return NeedsCopy(inner, depth + 1); });
 }
 
 ObjectRef ForeignContainers::Copy(const ObjectRef& original, bool list) {
@@ -66,7 +74,7 @@ ObjectRef ForeignContainers::Copy(const ObjectRef& original, bool list) {
     if (IdentityOf(*taken.original) == identity) return taken.copy;
   }
   if (std::find(open_.begin(), open_.end(), identity) != open_.end()) {
-    throw Error(error_number::kInvalidCall, "", "A container holds itself.");
+    ThrowHoldsItself();
   }
   open_.push_back(identity);
   ObjectRef copy;
@@ -106,13 +114,16 @@ Variant ForeignContainers::Inner(const Variant& value) {
   return shape == Shape::Other ? value : Variant(Copy(object, shape == Shape::List));
 }
 
-bool ForeignContainers::Replace(const Variant& before, const Variant& after) {
+bool ForeignContainers::Replace(const Variant& before, const Variant& after, bool by_value) {
+  const ObjectRef now = after.IsObject() ? after.object() : nullptr;
   for (Taken& taken : taken_) {
     if (Variant(taken.copy) != before) continue;
-    taken.now = after.IsObject() ? after.object() : nullptr;
+    taken.now = now;
     return true;
   }
-  return false;
+  if (!by_value || !before.IsObject() || !before.object()) return false;
+  taken_.push_back({before.object(), before.object(), now, ContentOf(*before.object())});
+  return true;
 }
 
 Variant ForeignContainers::Original(const Variant& value) const {

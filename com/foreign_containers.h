@@ -17,9 +17,10 @@ class ForeignContainers {
   // client's object raises.
   Variant TakeIn(const Variant& value, std::string_view class_name);
 
-  // Has the client's container whose copy is `before` filled from `after`, which may be the null reference (it is then
-  // emptied). False where `before` is no such copy.
-  bool Replace(const Variant& before, const Variant& after);
+  // An argument that was `before` is to be `after`, which may be the null reference. Has the client's container whose
+  // copy `before` is filled with that; and so a container of this component's, if the argument is no variable that
+  // could take another (`by_value`). False where neither is so.
+  bool Replace(const Variant& before, const Variant& after, bool by_value);
 
   // Writes back what has changed.
   void GiveBack();
@@ -33,7 +34,7 @@ class ForeignContainers {
     std::vector<Variant> before;  // the copy's content before the call
   };
 
-  bool NeedsCopy(const Variant& value) const;
+  bool NeedsCopy(const Variant& value, int depth = 0) const;
   ObjectRef Copy(const ObjectRef& original, bool list);
   void CopyList(Object& original, Vector& copy);
   void CopyMap(Object& original, Dictionary& copy);

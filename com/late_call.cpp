@@ -154,9 +154,9 @@ Variant CallMember(Object& object, const Member& member, std::span<VARIANT* cons
   Variant result = object.Invoke(member.name, values);
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     if (!member.parameters[i].by_ref || values[i] == before[i]) continue;
-    // A client's container that was given is filled, not replaced.
-    if (foreign.Replace(before[i], values[i])) continue;
-    if (IsByRef(arguments[i])) WriteBack(values[i], *arguments[i]);
+    const bool by_ref = IsByRef(arguments[i]);
+    if (foreign.Replace(before[i], values[i], !by_ref)) continue;
+    if (by_ref) WriteBack(values[i], *arguments[i]);
   }
   foreign.GiveBack();
   return result;

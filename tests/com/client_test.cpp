@@ -74,6 +74,10 @@ TEST_F(ComClient, LeavesAContainerThatHoldsItself) {
     EXPECT_EQ(error.number, error_number::kInvalidCall);
   }
   list->Clear();
+  const Client own = Client::Of("Vector");
+  own.Call("Add", {own.object()});
+  EXPECT_THROW(manager_.Call("SaveRebateRange", {account_.dsn(), 2040, own.object()}), Error);
+  own.Call("Clear");
 }
 
 TEST_F(ComClient, CallsOverTheVtable) {

@@ -81,6 +81,10 @@ check("its bands fill the script's list", bands.UBound(), 1);
 check("with their limits", Number(bands.Item(1).Value("FUpper")), 1000);
 check("its rows, too", Number(rows.Item(1).Value("FRebateRate")), 2.25);
 
+var own = new ActiveXObject("TALMRebateRuleMgr.Vector");
+mgr.ViewSchemeData(dsn, form, "", 0, 0, "", own, rows, "");
+check("its bands fill a Vector, too", own.Size, 1);
+
 check("it is disabled", mgr.EnableScheme(dsn, id, false), true);
 var forbidden = rules.GetForbidSchemeList(dsn, 24), names = "";
 for (; !forbidden.EOF; forbidden.MoveNext()) names += forbidden("FSchemeName").Value + ";";

@@ -1,7 +1,5 @@
 #include <windows.h>
 
-#include <psapi.h>
-
 #include <cstdio>
 #include <cstdlib>
 
@@ -48,10 +46,16 @@ void Round(const Ref<ForeignObject>& manager, const Variant& dsn) {
   }
 }
 
+// The committed memory that no other process shares.
 unsigned long long PrivateBytes() {
-  PROCESS_MEMORY_COUNTERS_EX counters{};
-  GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
-  return counters.PrivateUsage;
+  unsigned long long bytes = 0;
+  MEMORY_BASIC_INFORMATION region{};
+  const char* at = nullptr;
+  while (VirtualQuery(at, &region, sizeof region) == sizeof region) {
+    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+    at = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
+  }
+  return bytes;
 }
 
 int Run(const char* account, long calls) {
