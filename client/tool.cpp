@@ -24,6 +24,8 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   CLI::App app("Rebate schemes of an account: make an account, query it, keep its schemes and rate grids", "rebate");
   app.set_version_flag("--version", Version());
   app.require_subcommand(1);
+  // A path may begin with a slash on every system.
+  app.allow_windows_style_options(false);
   app.footer("`rebate VERB --help` tells more about a verb. Try: rebate init shop.db --sample");
   AddInitVerb(app, tool);
   AddSqlVerb(app, tool);

@@ -106,7 +106,7 @@ TEST_F(ClientForm, FailuresTellTheirReason) {
   EXPECT_EQ(Save("supplier_goods").substr(0, 1), "0");
   EXPECT_TRUE(Holds(Run({"form", "show", "1"}).err, "Scheme 1 was not saved as a form"));
   EXPECT_EQ(Run({"form"}).status, 2);
-  EXPECT_EQ(Run({"form", "save", "/dev/null"}).status, 1);
+  EXPECT_EQ(Run({"form", "save", File("empty.json", "")}).status, 1);
   Sql("drop table t_FL_RebateRule");
   const Outcome failed = SaveForm(ExampleForm());
   EXPECT_EQ(failed.status, 1);

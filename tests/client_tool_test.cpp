@@ -101,7 +101,7 @@ TEST_F(ClientTool, FailuresTellTheirReason) {
       {{"list", "--dsn", nowhere}, 1, "rebate init"},
       {{"show", "99", "--dsn", dsn_}, 1, "Scheme 99 does not exist"},
       {{"save", Example("supplier_total"), "--dsn", dsn_}, 1, "t_FL_RebateRange"},
-      {{"save", "/dev/null", "--dsn", dsn_}, 1, "/dev/null: parse error"},
+      {{"save", File("empty.json", ""), "--dsn", dsn_}, 1, "empty.json: parse error"},
       {{"show", "--dsn", dsn_}, 2, "ID is required"},
       {{"list", "--dsn", dsn_, "--status", "maybe"}, 2, "--status"},
       {{"frobnicate"}, 2, ""},

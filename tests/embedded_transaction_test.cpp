@@ -207,6 +207,7 @@ TEST_F(EmbeddedOpening, TellsOfDamageInItsOwnWords) {
   }
 }
 
+#ifndef _WIN32
 TEST_F(EmbeddedOpening, FilesAreTheirOwnersAlone) {
   Run("create table t_t (a int)");
   for (const char* suffix : {"", "-wal", "-shm"}) {
@@ -215,6 +216,7 @@ TEST_F(EmbeddedOpening, FilesAreTheirOwnersAlone) {
         << suffix;
   }
 }
+#endif
 
 TEST_F(EmbeddedOpening, AnAccountInTheMakingStandsNowhereBeforeItIsWhole) {
   {

@@ -1,6 +1,11 @@
 #include "platform/files/files.h"
 
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include <windows.h>
+// Behind <windows.h>, which it stands on.
+#include <sddl.h>
+#endif
 
 #include <fstream>
 
@@ -8,6 +13,19 @@
 
 namespace rebate {
 namespace {
+
+// Lets the file be read by its owner alone, or by everybody.
+void LetRead(const Text& path, bool everybody) {
+#ifdef _WIN32
+  const wchar_t* const rights = everybody ? L"D:P(A;;FA;;;OW)(A;;FR;;;WD)" : L"D:P(A;;FA;;;OW)";
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(rights, SDDL_REVISION_1, &descriptor, nullptr));
+  EXPECT_TRUE(SetFileSecurityW(files::ToPath(path).c_str(), DACL_SECURITY_INFORMATION, descriptor));
+  LocalFree(descriptor);
+#else
+  std::filesystem::permissions(files::ToPath(path), std::filesystem::perms(everybody ? 0644 : 0600));
+#endif
+}
 
 class FilesTest : public testing::Test {
  protected:
@@ -60,16 +78,16 @@ TEST_F(FilesTest, IdentityFollowsTheFileAndNotTheName) {
 
 TEST_F(FilesTest, OnlyAnOwnersFileIsPrivate) {
   using State = files::PrivateFile::State;
-  const auto state = [](const Text& path) { return files::ReadPrivate(path, 100).state; };
-  const Text path = folder_.File("口令");
-  EXPECT_EQ(state(path), State::Unreadable);
-  ASSERT_EQ(files::CreateNew(path), std::error_code());
-  std::ofstream(files::ToPath(path)) << "secret";
-  using std::filesystem::perms;
-  std::filesystem::permissions(files::ToPath(path), perms::owner_read | perms::owner_write);
-  EXPECT_EQ(state(path), State::Read);
+  const Text path = Written("口令", "secret");
+  LetRead(path, false);
+  EXPECT_EQ(files::ReadPrivate(path, 100).state, State::Read);
   EXPECT_EQ(files::ReadPrivate(path, 100).start, "secret");
   EXPECT_EQ(files::ReadPrivate(path, 3).start, "sec");
+  LetRead(path, true);
+  EXPECT_EQ(files::ReadPrivate(path, 100).state, State::Shared);
+  EXPECT_EQ(files::ReadPrivate(path, 100).start, "");
+  EXPECT_EQ(files::ReadPrivate(files::FromPath(folder_.path()), 100).state, State::NoFile);
+  EXPECT_EQ(files::ReadPrivate(folder_.File("missing"), 100).state, State::Unreadable);
 }
 
 }  // namespace

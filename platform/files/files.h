@@ -27,7 +27,8 @@ bool CanBeChanged(const Text& path);
 // Removes the file; nothing where it can't be.
 void Remove(const Text& path);
 
-// Makes an empty file that is its owner's alone, where nothing has its name; gives the error else.
+// Makes an empty file where nothing has its name; gives the error else. Its rights are its owner's alone, on Windows
+// those of its folder.
 std::error_code CreateNew(const Text& path);
 // Gives a file its name where nothing has that name; gives the error else, std::errc::file_exists where it is taken.
 std::error_code MoveToFreeName(const Text& from, const Text& to);

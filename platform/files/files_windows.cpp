@@ -85,6 +85,8 @@ Text FromPath(const std::filesystem::path& path) {
 }
 
 bool CanBeChanged(const Text& path) {
+  const DWORD marks = GetFileAttributesW(Wide(path).c_str());
+  if (marks == INVALID_FILE_ATTRIBUTES || (marks & FILE_ATTRIBUTE_READONLY) != 0) return false;
   return Open(path, GENERIC_READ | GENERIC_WRITE) != nullptr;
 }
 

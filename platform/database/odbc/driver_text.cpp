@@ -14,8 +14,8 @@ namespace {
 
 // The second text that the driver manager lists for `name`, among drivers or among data sources; empty where it lists
 // none of that name.
-using List = SQLRETURN (*)(SQLHENV, SQLUSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*, SQLCHAR*, SQLSMALLINT,
-                           SQLSMALLINT*);
+using List = SQLRETURN(SQL_API*)(SQLHENV, SQLUSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*, SQLCHAR*, SQLSMALLINT,
+                                 SQLSMALLINT*);
 Text Listed(const Environment& environment, List list, std::string_view name) {
   SQLCHAR found[256], about[4096];
   SQLSMALLINT found_size = 0, about_size = 0;
