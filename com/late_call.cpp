@@ -92,19 +92,25 @@ bool IsByRef(const VARIANT* argument) {
   return argument != nullptr && (argument->vt & VT_BYREF) != 0;
 }
 
-Variant Read(Object& object, const Member& member, const DISPPARAMS& parameters, std::vector<VARIANT*>& ordered) {
-  // More arguments than a property takes are for the default member of what it holds.
-  if (member.parameters.size() >= parameters.cArgs) return CallMember(object, member, ordered);
+Variant ValueOf(const VARIANT* argument) {
+  return argument != nullptr ? FromClient(*argument) : Variant::Missing();
+}
+
+std::vector<Variant> ValuesOf(std::span<VARIANT* const> arguments) {
   std::vector<Variant> values;
-  for (const VARIANT* argument : ordered)
-    values.push_back(argument != nullptr ? FromClient(*argument) : Variant::Missing());
+  for (const VARIANT* argument : arguments) values.push_back(ValueOf(argument));
+  return values;
+}
+
+Variant Read(Object& object, const Member& member, std::span<VARIANT* const> arguments) {
+  if (arguments.size() == member.parameters.size()) return CallMember(object, member, arguments);
+  // A property that takes no arguments hands them on to the default member of what it holds.
+  std::vector<Variant> values = ValuesOf(arguments);
   return object.Invoke(member.name, values);
 }
 
-void Write(Object& object, const Member& member, std::span<VARIANT* const> ordered, bool reference) {
-  std::vector<Variant> values;
-  for (const VARIANT* argument : ordered)
-    values.push_back(argument != nullptr ? FromClient(*argument) : Variant::Missing());
+void Write(Object& object, const Member& member, std::span<VARIANT* const> arguments, bool reference) {
+  std::vector<Variant> values = ValuesOf(arguments);
   if (!reference) LetFieldBeItsValue(values.back());
   object.Put(member.name, values);
 }
@@ -130,7 +136,7 @@ HRESULT InvokeMember(Object& object, DISPID id, WORD kind, const DISPPARAMS& par
     Write(object, *member, ordered, (kind & DISPATCH_PROPERTYPUTREF) != 0);
     return S_OK;
   }
-  const Variant answer = Read(object, *member, parameters, ordered);
+  const Variant answer = Read(object, *member, ordered);
   if (result != nullptr) ToClient(answer, *result);
   return S_OK;
 }
@@ -141,14 +147,9 @@ Variant CallMember(Object& object, const Member& member, std::span<VARIANT* cons
   ForeignContainers foreign;
   std::vector<Variant> values;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (arguments[i] == nullptr) {
-      values.push_back(Variant::Missing());
-      continue;
-    }
-    Variant value = FromClient(*arguments[i]);
-    values.push_back(IsContainer(member.parameters[i].type)
-                         ? foreign.TakeIn(value, member.parameters[i].type.class_name)
-                         : std::move(value));
+    Variant value = ValueOf(arguments[i]);
+    const DeclaredType& type = member.parameters[i].type;
+    values.push_back(IsContainer(type) ? foreign.TakeIn(value, type.class_name) : std::move(value));
   }
   const std::vector<Variant> before = values;
   Variant result = object.Invoke(member.name, values);
