@@ -191,11 +191,12 @@ Amount DrawAmount(std::mt19937_64& random) {
 Text Written(const Text& text, std::mt19937_64& random) {
   const bool negative = text.starts_with('-');
   Text digits = negative ? text.substr(1) : text;
-  if (random() % 3 == 0) digits.insert(0, 1 + random() % 3, '0');
+  if (random() % 3 == 0) digits.insert(0, static_cast<std::size_t>(1 + random() % 3), '0');
   // A text of digits alone is a decimal with a point, or where it is a short one an int.
   const bool point = digits.find('.') != Text::npos;
   if (!point && random() % 2 == 0) digits += '.';
-  if (digits.find('.') != Text::npos && random() % 3 == 0) digits.append(1 + random() % 3, '0');
+  if (digits.find('.') != Text::npos && random() % 3 == 0)
+    digits.append(static_cast<std::size_t>(1 + random() % 3), '0');
   if (negative) return '-' + digits;
   return random() % 3 == 0 ? '+' + digits : digits;
 }

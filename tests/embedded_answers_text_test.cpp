@@ -93,6 +93,9 @@ TEST_F(EmbeddedTexts, EqualityForgetsCaseWidthAndTrailingBlanks) {
 }
 
 TEST_F(EmbeddedTexts, OrderGoesByPinyin) {
+#if !defined(_WIN32) && !defined(REBATE_HAS_ICU)
+  GTEST_SKIP() << "built without ICU, which knows pinyin";
+#endif
   Check({{"select FName from t_t order by FName", "NULL;42;Alpha;zeta;安;北京;广州;上海;张"},
          {"select FCode from t_t where FID < 7 order by FCode desc", "中文;Z;B1;b;a;9"},
          {"select min(FName), max(FName) from t_t", "42,张"},
