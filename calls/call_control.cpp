@@ -84,6 +84,7 @@ void Cache(const Json& request) {
 }  // namespace
 
 CallControl::CallControl() {
+  RegisterLoginStandIns();
   SetLoginAnswers({});
   PutProcessCache(NewProcessCache());
 }
