@@ -1,5 +1,6 @@
 #include "client/json_file.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "client/tool.h"
@@ -19,7 +20,12 @@ Json ReadJsonFile(const Text& path) {
 }
 
 bool ReportProblems(const Text& path, const std::vector<Text>& problems, Tool& tool) {
-  for (const Text& problem : problems) tool.err << path << ": " << problem << '\n';
+  constexpr std::size_t kMostShown = 10;
+  const std::size_t shown = std::min(problems.size(), kMostShown);
+  for (std::size_t i = 0; i < shown; ++i) tool.err << path << ": " << problems[i] << '\n';
+  if (const std::size_t rest = problems.size() - shown; rest > 0) {
+    tool.err << path << ": and " << rest << (rest == 1 ? " more problem" : " more problems") << '\n';
+  }
   if (!problems.empty()) tool.status = 1;
   return !problems.empty();
 }

@@ -10,8 +10,6 @@
 namespace rebate {
 namespace {
 
-constexpr std::size_t kMostProblems = 10;
-
 bool IsId(const Json& value) {
   using Limits = std::numeric_limits<Long>;
   if (value.is_number_integer()) return value >= Limits::min() && value <= Limits::max();
@@ -56,7 +54,7 @@ void ShapeCheck::CheckObject(const Json& object, std::span<const KeyRule> rules,
 }
 
 void ShapeCheck::Report(Text problem) {
-  if (problems_.size() < kMostProblems) problems_.push_back(std::move(problem));
+  problems_.push_back(std::move(problem));
 }
 
 void ShapeCheck::CheckValue(const Json& value, const KeyRule& rule, const Text& place) {

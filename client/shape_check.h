@@ -24,7 +24,7 @@ struct KeyRule {
 constexpr bool kOptional = false;
 
 // Collects what is wrong with the shape of a value, each problem with its place, such as
-// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1; at most ten.
+// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1.
 class ShapeCheck {
  public:
   // Checks the keys of `object`, which stands at `path`, empty for the whole value; a key without a rule is a problem

@@ -65,10 +65,10 @@ TEST(ClientRequest, EachProblemIsNamedWithItsPlace) {
   }
 }
 
-TEST(ClientRequest, AtMostTenProblemsAreTold) {
+TEST(ClientRequest, AllProblemsAreCollected) {
   Json request = ParseJson(kGoodRequest);
   for (int i = 0; i < 20; ++i) request["AllRangesData"].push_back(Json::object());
-  EXPECT_EQ(RequestProblems(request).size(), 10u);
+  EXPECT_EQ(RequestProblems(request).size(), 40u);
   EXPECT_EQ(RequestProblems(Json::array()).size(), 1u);
 }
 
