@@ -16,6 +16,11 @@ Text NameOf(const Text& option) {
   return option.substr(0, option.find('='));
 }
 
+// Whether it is an option that verbs have and that may stand in front of them.
+bool IsForVerb(const Text& argument) {
+  return NameOf(argument) == "--dsn" || NameOf(argument) == "--json";
+}
+
 std::vector<Text> VerbNames(const CLI::App& app) {
   std::vector<Text> names;
   for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
@@ -42,8 +47,7 @@ std::vector<Text> VerbFirst(const std::vector<Text>& arguments) {
   std::vector<Text> moved;
   std::size_t at = 0;
   for (; at < arguments.size(); ++at) {
-    const Text name = NameOf(arguments[at]);
-    if (name != "--dsn" && name != "--json") break;
+    if (!IsForVerb(arguments[at])) break;
     moved.push_back(arguments[at]);
     if (arguments[at] == "--dsn" && at + 1 < arguments.size()) moved.push_back(arguments[++at]);
   }
@@ -62,6 +66,7 @@ std::optional<Text> VerbProblem(const CLI::App& app, const std::vector<Text>& ar
   const Text help = "; `" + (depth == 0 ? "rebate" : "rebate " + verb->get_name()) + " --help` lists them";
   if (depth == arguments.size()) return "A verb is due" + help;
   const Text& typed = arguments[depth];
+  if (IsForVerb(typed)) return "A verb is due" + help;
   if (IsOption(typed)) return std::nullopt;
   const Text near = DidYouMean(typed, names);
   return "There is no verb " + typed + (near.empty() ? help : near);

@@ -15,7 +15,12 @@ namespace {
 // All 0 where the file is no terminal.
 winsize SizeOf(int file) {
   winsize size{};
-  if (isatty(file) == 0 || ioctl(file, TIOCGWINSZ, &size) != 0) return {};
+  if (isatty(file) == 0) return {};
+  // A terminal that doesn't tell its size, such as a serial line, mostly has this one.
+  if (ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+    size.ws_row = 24;
+    size.ws_col = 80;
+  }
   return size;
 }
 

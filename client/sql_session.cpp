@@ -2,6 +2,7 @@
 
 #include <istream>
 #include <ostream>
+#include <utility>
 
 #include "client/suggestion.h"
 #include "client/tool.h"

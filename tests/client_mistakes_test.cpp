@@ -16,6 +16,7 @@ TEST_F(ClientMistakes, AreToldWithWhatWasLikelyMeant) {
     Text said;  // part of what stands on standard error, or on standard output with status 0
   } rows[] = {
       {{}, 2, "A verb is due; `rebate --help` lists them"},
+      {{"--dsn", dsn}, 2, "A verb is due"},
       {{"lst"}, 2, "There is no verb lst; did you mean list?"},
       {{"lsit", "--dsn", dsn}, 2, "did you mean list?"},
       {{"--dsn", dsn, "shwo", "1"}, 2, "did you mean show?"},
