@@ -1,6 +1,5 @@
 #include "client/json_file.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "client/tool.h"
@@ -20,12 +19,7 @@ Json ReadJsonFile(const Text& path) {
 }
 
 bool ReportProblems(const Text& path, const std::vector<Text>& problems, Tool& tool) {
-  constexpr std::size_t kMostShown = 10;
-  const std::size_t shown = std::min(problems.size(), kMostShown);
-  for (std::size_t i = 0; i < shown; ++i) tool.err << path << ": " << problems[i] << '\n';
-  if (const std::size_t rest = problems.size() - shown; rest > 0) {
-    tool.err << path << ": and " << rest << (rest == 1 ? " more problem" : " more problems") << '\n';
-  }
+  for (const Text& problem : problems) tool.err << path << ": " << problem << '\n';
   if (!problems.empty()) tool.status = 1;
   return !problems.empty();
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "platform/database/connect.h"
+#include "platform/login/login_components.h"
 #include "platform/login_standins/login_standins.h"
 #include "tests/abi_kit.h"
 

@@ -5,9 +5,9 @@
 namespace rebate {
 namespace {
 
-class ClientMistakes : public ToolTest {};
+class ClientVerbMistakes : public ToolTest {};
 
-TEST_F(ClientMistakes, AreToldWithWhatWasLikelyMeant) {
+TEST_F(ClientVerbMistakes, AreToldWithWhatWasLikelyMeant) {
   Save("supplier_goods");
   const Text dsn = dsn_;
   const struct {
@@ -68,17 +68,17 @@ TEST_F(ClientMistakes, AreToldWithWhatWasLikelyMeant) {
   }
 }
 
-TEST_F(ClientMistakes, ProblemsThatAreNotShownAreCounted) {
+TEST_F(ClientVerbMistakes, ProblemsThatAreNotShownAreCounted) {
   Text request = R"({"FRebateType":2040)";
   for (int i = 1; i <= 9; ++i) request += ",\"x" + std::to_string(i) + "\":0";
   const Outcome outcome = Run({"save", File("many.json", request + "}")});
   EXPECT_EQ(outcome.status, 1);
   // The four parts of a request are missing, nine keys are unknown.
-  EXPECT_TRUE(outcome.err.ends_with(": and 3 more problems\n")) << outcome.err;
+  EXPECT_TRUE(outcome.err.ends_with(": and 3 more\n")) << outcome.err;
 }
 
 #ifndef _WIN32  // whose C library has no setenv
-TEST_F(ClientMistakes, TheAccountComesFromTheEnvironmentInEveryVerb) {
+TEST_F(ClientVerbMistakes, TheAccountComesFromTheEnvironmentInEveryVerb) {
   const Text other = account_.File("other.db");
   ASSERT_EQ(setenv("REBATE_DSN", dsn_.c_str(), 1), 0);
   EXPECT_TRUE(Holds(RunRebate({"sql", "select 70 + count(*) as n from t_Supplier where FItemID = 801"}).out, "71"));
@@ -90,7 +90,7 @@ TEST_F(ClientMistakes, TheAccountComesFromTheEnvironmentInEveryVerb) {
 }
 #endif
 
-TEST_F(ClientMistakes, ControlCharactersOfAnAccountStayInside) {
+TEST_F(ClientVerbMistakes, ControlCharactersOfAnAccountStayInside) {
   Save("supplier_goods");
   Sql("update t_FL_SchemeList set FSchemeName = 'a' + char(27) + '[2Jb', FNote = 'x' + char(13) + 'y'");
   for (const std::vector<Text>& verb : {std::vector<Text>{"show", "1"}, {"list"}}) {
