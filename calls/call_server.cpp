@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "calls/call_control.h"
+#include "calls/call_description.h"
 #include "calls/call_trace.h"
 #include "calls/json_values.h"
 #include "calls/late_call.h"
@@ -22,6 +23,29 @@ Text TextOf(const Json& request, const char* key) {
   const Json& value = request[key];
   if (!value.is_string()) Refuse("\"" + Text(key) + "\" is a text");
   return value.get<Text>();
+}
+
+// What a call's answer tells on request.
+struct Tell {
+  bool failure = false;
+  bool scheme = false;
+};
+
+Tell TellOf(const Json& request) {
+  Tell tell;
+  if (!request.contains("tell")) return tell;
+  const Json& wishes = request["tell"];
+  if (!wishes.is_array()) Refuse("\"tell\" is an array of \"failure\" and \"scheme\"");
+  for (const Json& wish : wishes) {
+    if (wish == "failure") {
+      tell.failure = true;
+    } else if (wish == "scheme") {
+      tell.scheme = true;
+    } else {
+      Refuse("\"tell\" knows \"failure\" and \"scheme\", not " + JsonLine(wish));
+    }
+  }
+  return tell;
 }
 
 // Runs `work`; what it raises becomes the answer's error.
@@ -44,20 +68,33 @@ void AnswerErrors(Json& answer, Work work) {
 Json CallServer::Answer(std::string_view line) {
   Json answer = Json::object();
   AnswerErrors(answer, [&] {
-    const Json request = ParseJson(line);
+    Json request = ParseJson(line);
     if (!request.is_object()) Refuse("A request is an object, such as {\"op\":\"Class.Member\",\"args\":{}}");
-    // Each kind of request is known by a key of its own.
-    if (request.contains("op")) {
-      AnswerCall(request, answer);
-    } else if (CallControl::IsControl(request)) {
-      answer = control_.Perform(request);
-    } else {
-      Refuse("\"op\" is missing: the operation, as Class.Member");
+    if (request.contains("id")) {
+      answer["id"] = request["id"];
+      request.erase("id");
     }
+    AnswerRequest(request, answer);
   });
   // A request that came to no call did nothing to the world.
   if (options_.trace && answer.contains("error") && !answer.contains("trace")) answer["trace"] = Json::array();
   return answer;
+}
+
+// Each kind of request is known by a key of its own.
+void CallServer::AnswerRequest(const Json& request, Json& answer) {
+  if (request.contains("op")) {
+    AnswerCall(request, answer);
+  } else if (CallControl::IsControl(request)) {
+    answer.update(control_.Perform(request));
+  } else if (request.contains("describe")) {
+    if (request.size() != 1 || request["describe"] != true) {
+      Refuse("A line that asks for a description is {\"describe\":true}");
+    }
+    ThreadOf({}).Run([&](Instances&) { answer["describe"] = CallDescription(); });
+  } else {
+    Refuse("\"op\" is missing: the operation, as Class.Member; {\"describe\":true} lists them");
+  }
 }
 
 void CallServer::OpenDataSource() {
@@ -69,8 +106,9 @@ void CallServer::AnswerCall(const Json& request, Json& answer) {
   const Text operation = TextOf(request, "op");
   answer["op"] = operation;
   for (const auto& [key, value] : request.items()) {
-    if (key != "op" && key != "args" && key != "thread") Refuse("Unknown key in a call: " + key);
+    if (key != "op" && key != "args" && key != "thread" && key != "tell") Refuse("Unknown key in a call: " + key);
   }
+  const Tell tell = TellOf(request);
   static const Json kNoArguments = Json::object();
   const Json& args = request.contains("args") ? request["args"] : kNoArguments;
   if (!args.is_object()) Refuse("\"args\" is an object: the arguments by their names");
@@ -78,9 +116,11 @@ void CallServer::AnswerCall(const Json& request, Json& answer) {
 
   CallTrace trace;
   ThreadOf(thread).Run([&](Instances& instances) {
-    const TracedThread traced(options_.trace ? &trace : nullptr);
+    const TracedThread traced(options_.trace || tell.failure || tell.scheme ? &trace : nullptr);
     Perform(instances, operation, args, answer);
   });
+  if (tell.failure) answer["failure"] = trace.failure();
+  if (tell.scheme) answer["scheme"] = trace.stored_scheme() ? Json(*trace.stored_scheme()) : Json();
   if (options_.trace) answer["trace"] = trace.entries();
 }
 

@@ -18,10 +18,13 @@ struct CallOptions {
 };
 
 // Answers requests, each one JSON object:
-//   {"op":"Class.Member","args":{NAME:VALUE,…},"thread":NAME}   a call; `args` and `thread` may be left out
+//   {"op":"Class.Member","args":{NAME:VALUE,…},"thread":NAME,"tell":[…]}   a call; all but "op" may be left out
 //   {"op":…,"result":VALUE,"args":{…},"trace":[…]}              its answer, with the by-ref arguments if there are any
 //   {"op":…,"error":{"number":…,"source":…,"description":…},…}  its answer where it raised, or could not be made
-// One with "login" or "cache" in the place of "op" speaks for the host (see CallControl). Each thread named is a thread
+// `tell` asks for more in the answer: "failure", why the operation failed where nothing else in it tells, and "scheme",
+// the id of the scheme that was stored; each null where there is none. The "id" of a request, any value, comes back.
+// {"describe":true} in the place of a call lists the operations (see CallDescription), one with "login" or "cache"
+// speaks for the host (see CallControl). Each thread named is a thread
 // of the process with one instance of each class, made on first use; a server answers one request at a time, for
 // whichever thread asks.
 class CallServer {
@@ -38,6 +41,7 @@ class CallServer {
   void OpenDataSource();
 
  private:
+  void AnswerRequest(const Json& request, Json& answer);
   void AnswerCall(const Json& request, Json& answer);
   void Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const;
   CallThread& ThreadOf(const Text& name);

@@ -1,5 +1,7 @@
 #include "calls/call_trace.h"
 
+#include <algorithm>
+
 #include "calls/json_values.h"
 
 namespace rebate {
@@ -30,6 +32,14 @@ void CallTrace::Refused(const Error& error) {
     (*entry)["error"] = ErrorToJson(error);
     return;
   }
+}
+
+void CallTrace::Swallowing(const Error& error) {
+  failure_ = ErrorToJson(error);
+  const auto executed =
+      std::find_if(entries_.rbegin(), entries_.rend(), [](const Json& entry) { return entry.contains("execute"); });
+  const bool told = executed != entries_.rend() && executed->value("error", Json()) == failure_;
+  if (!told) entries_.push_back({{"failure", failure_}});
 }
 
 void CallTrace::CallingComponent(std::string_view program_id, std::string_view member) {

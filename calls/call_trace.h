@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "calls/json_text.h"
 #include "platform/login/call_observer.h"
@@ -11,10 +12,15 @@ namespace rebate {
 //   {"open":DSN}  {"vote":"abort"}  {"vote":"complete"}  {"connection":true}
 //   {"execute":TEXT}, with "error" behind it where the statement was refused
 //   {"component":PROGID,"member":NAME}
+//   {"failure":…}, why the operation failed where neither its answer nor the statement before tells
 class CallTrace : public CallObserver {
  public:
   // An array.
   const Json& entries() const { return entries_; }
+  // Why the operation failed, as an error, where its answer doesn't tell; else null.
+  const Json& failure() const { return failure_; }
+  // The id under which the call wrote the head of a scheme, if it did.
+  std::optional<Long> stored_scheme() const { return stored_scheme_; }
 
   void Opening(std::string_view dsn) override;
   void VotingAbort() override;
@@ -23,9 +29,13 @@ class CallTrace : public CallObserver {
   void Executing(std::string_view text) override;
   void Refused(const Error& error) override;
   void CallingComponent(std::string_view program_id, std::string_view member) override;
+  void Swallowing(const Error& error) override;
+  void StoringScheme(Long id) override { stored_scheme_ = id; }
 
  private:
   Json entries_ = Json::array();
+  Json failure_ = nullptr;
+  std::optional<Long> stored_scheme_;
 };
 
 // While it lives, `observer` is the calling thread's; the former one takes its place again.

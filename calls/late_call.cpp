@@ -4,6 +4,9 @@
 
 #include "calls/call_thread.h"
 #include "calls/json_values.h"
+#include "platform/automation/conversion.h"
+#include "platform/containers/dictionary.h"
+#include "platform/containers/vector.h"
 
 namespace rebate {
 namespace {
@@ -18,7 +21,57 @@ Text ArgumentNames(const Member& member) {
   return names.empty() ? "none" : names;
 }
 
+// Raises what the conversion to the declared type raises.
+void Convert(const Variant& value, const DeclaredType& type) {
+  switch (type.kind) {
+    case DeclaredType::Kind::Text:
+      ToText(value);
+      return;
+    case DeclaredType::Kind::Long:
+      ToLong(value);
+      return;
+    case DeclaredType::Kind::Boolean:
+      ToBoolean(value);
+      return;
+    case DeclaredType::Kind::Object:
+      if (type.class_name == Vector::kClassName) {
+        ObjectAs<Vector>(value);
+      } else if (type.class_name == Dictionary::kClassName) {
+        ObjectAs<Dictionary>(value);
+      } else {
+        ObjectAs<Object>(value);
+      }
+      return;
+    default:
+      return;
+  }
+}
+
+Text Shown(const Json& value) {
+  constexpr std::size_t kMost = 60;
+  const Text text = JsonLine(value);
+  return text.size() > kMost ? Text("this ") + value.type_name() : text;
+}
+
 }  // namespace
+
+Text TypeName(const DeclaredType& type) {
+  switch (type.kind) {
+    case DeclaredType::Kind::None:
+      return "none";
+    case DeclaredType::Kind::Text:
+      return "text";
+    case DeclaredType::Kind::Long:
+      return "integer";
+    case DeclaredType::Kind::Boolean:
+      return "boolean";
+    case DeclaredType::Kind::Value:
+      return "any";
+    case DeclaredType::Kind::Object:
+      break;
+  }
+  return Text(type.class_name);
+}
 
 LateCall::LateCall(Instances& instances, const Text& operation, const Json& args, const std::optional<Text>& dsn) {
   const std::size_t point = operation.find('.');
@@ -34,6 +87,7 @@ LateCall::LateCall(Instances& instances, const Text& operation, const Json& args
   values_.resize(member_->parameters.size(), Variant::Missing());
   Fit(args);
   CheckNoneMissing(dsn);
+  CheckConversions(args);
 }
 
 void LateCall::Fit(const Json& args) {
@@ -51,6 +105,20 @@ void LateCall::CheckNoneMissing(const std::optional<Text>& dsn) {
       values_[i] = *dsn;
     } else if (!parameter.optional) {
       throw Error(error_number::kNotOptional, kSource, "Argument not optional: " + parameter.name);
+    }
+  }
+}
+
+void LateCall::CheckConversions(const Json& args) const {
+  for (const auto& [name, value] : args.items()) {
+    const std::size_t at = PositionOf(name);
+    const Parameter& parameter = member_->parameters[at];
+    try {
+      Convert(values_[at], parameter.type);
+    } catch (const Error& error) {
+      throw Error(error.number, error.source,
+                  error.description + ": argument " + parameter.name + " is due as " + TypeName(parameter.type) +
+                      ", not " + Shown(value));
     }
   }
 }

@@ -30,7 +30,9 @@ class RefusalObserver : public CallObserver {
 }  // namespace
 
 void AddAccountOptions(CLI::App& verb, AccountOptions& options) {
-  verb.add_option("--dsn", options.dsn, "The account: a file such as shop.db, or Key=Value;… text")
+  verb.add_option("--dsn", options.dsn,
+                  "The account: a file such as shop.db, or Key=Value;… text such as\nData "
+                  "Source=shop.db;AppUser=1002;Rights=8,1")
       ->envname("REBATE_DSN")
       ->required();
   verb.add_flag("--json", options.json, "Print JSON instead of tables");

@@ -3,6 +3,7 @@
 #include <optional>
 #include <vector>
 
+#include "calls/call_control.h"
 #include "platform/automation/dispatch.h"
 #include "platform/automation/error.h"
 
@@ -20,7 +21,7 @@ struct AccountOptions {
 void AddAccountOptions(CLI::App& verb, AccountOptions& options);
 
 // An account, worked on through the component's operations. Where an operation keeps to itself why it failed, the
-// account has seen which statement was refused.
+// account has seen which statement was refused. Where the data source names rights, they hold for its user.
 class Account {
  public:
   // Raises, naming the path or the server and what to do, where the account can't be opened.
@@ -42,6 +43,7 @@ class Account {
 
  private:
   Text dsn_;
+  CallControl control_;
   Long app_user_;
   std::vector<ObjectRef> managers_;
   std::optional<Error> refusal_;

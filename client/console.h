@@ -19,8 +19,10 @@ class Console {
 
   // The columns of the terminal behind standard output; 0 where there is none.
   std::size_t width() const;
-  bool errors_are_seen() const;  // standard error is a terminal
-  bool can_ask() const;          // standard input and standard output are terminals
+  std::size_t height() const;       // its lines, likewise
+  std::size_t error_width() const;  // likewise of the one behind standard error
+  bool errors_are_seen() const;     // standard error is a terminal
+  bool can_ask() const;             // standard input and standard output are terminals
 
  private:
   struct State;

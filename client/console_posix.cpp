@@ -10,6 +10,22 @@
 
 namespace rebate {
 
+namespace {
+
+// All 0 where the file is no terminal.
+winsize SizeOf(int file) {
+  winsize size{};
+  if (isatty(file) == 0) return {};
+  // A terminal that doesn't tell its size, such as a serial line, mostly has this one.
+  if (ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+    size.ws_row = 24;
+    size.ws_col = 80;
+  }
+  return size;
+}
+
+}  // namespace
+
 struct Console::State {};
 
 Console::Console() {
@@ -20,9 +36,15 @@ Console::Console() {
 Console::~Console() = default;
 
 std::size_t Console::width() const {
-  winsize size{};
-  if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
-  return size.ws_col;
+  return SizeOf(STDOUT_FILENO).ws_col;
+}
+
+std::size_t Console::height() const {
+  return SizeOf(STDOUT_FILENO).ws_row;
+}
+
+std::size_t Console::error_width() const {
+  return SizeOf(STDERR_FILENO).ws_col;
 }
 
 bool Console::errors_are_seen() const {

@@ -26,6 +26,13 @@ bool IsConsole(HANDLE handle) {
   return GetConsoleMode(handle, &mode) != FALSE;
 }
 
+std::size_t WidthOf(DWORD which) {
+  CONSOLE_SCREEN_BUFFER_INFO shown;
+  if (GetConsoleScreenBufferInfo(GetStdHandle(which), &shown) == FALSE) return 0;
+  // A line that takes the last column as well would leave an empty one behind it.
+  return static_cast<std::size_t>(std::max(shown.srWindow.Right - shown.srWindow.Left, 1));
+}
+
 // Writes UTF-8 to a console, whatever its code page is. Only whole lines go out before a flush, so that no character is
 // torn.
 class ConsoleOutput : public std::streambuf {
@@ -134,10 +141,17 @@ Console::Console() : state_(std::make_unique<State>()) {
 Console::~Console() = default;
 
 std::size_t Console::width() const {
+  return WidthOf(STD_OUTPUT_HANDLE);
+}
+
+std::size_t Console::height() const {
   CONSOLE_SCREEN_BUFFER_INFO shown;
   if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &shown) == FALSE) return 0;
-  // A line that takes the last column as well would leave an empty one behind it.
-  return static_cast<std::size_t>(std::max(shown.srWindow.Right - shown.srWindow.Left, 1));
+  return static_cast<std::size_t>(std::max(shown.srWindow.Bottom - shown.srWindow.Top, 1));
+}
+
+std::size_t Console::error_width() const {
+  return WidthOf(STD_ERROR_HANDLE);
 }
 
 bool Console::errors_are_seen() const {

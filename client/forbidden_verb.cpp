@@ -4,6 +4,7 @@
 
 #include "calls/json_text.h"
 #include "client/account.h"
+#include "client/command_line.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_rows.h"
 #include "client/tool.h"
@@ -58,7 +59,8 @@ void AddForbiddenVerb(CLI::App& app, Tool& tool) {
   auto options = std::make_shared<ForbiddenOptions>();
   CLI::App* verb = app.add_subcommand("forbidden", "List the disabled schemes of a rebate class");
   verb->add_option("CLASS", options->rebate_class, "The rebate class: 24 suppliers, 32 customers, 40 salesmen")
-      ->required();
+      ->required()
+      ->transform(RebateClassWord());
   AddAccountOptions(*verb, *options);
   verb->footer("Example: rebate forbidden 24 --dsn shop.db");
   verb->callback([options, &tool] { ListForbidden(*options, tool); });

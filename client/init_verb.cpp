@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "client/account_words.h"
 #include "client/progress.h"
 #include "client/tool.h"
 #include "model/account_script.h"
@@ -11,7 +12,7 @@ namespace rebate {
 namespace {
 
 struct InitOptions {
-  Text dsn;
+  AccountWords account;
   bool sample = false;
   bool json = false;
 };
@@ -40,9 +41,10 @@ void FillAccount(Connection& connection, const std::vector<ScriptBatch>& batches
 }
 
 void Init(const InitOptions& options, Tool& tool) {
-  const DataSource source = DataSource::Parse(options.dsn);
+  const Text dsn = options.account.Split().first;
+  const DataSource source = DataSource::Parse(dsn);
   const std::vector<ScriptBatch> batches = BatchesOf(options);
-  const Text name = source.embedded ? source.path : WithoutSecrets(options.dsn);
+  const Text name = source.embedded ? source.path : WithoutSecrets(dsn);
   AccountSetup setup(source);
   {
     Progress progress(tool.err, tool.progress, "making " + name, batches.size());
@@ -61,9 +63,8 @@ void Init(const InitOptions& options, Tool& tool) {
 void AddInitVerb(CLI::App& app, Tool& tool) {
   auto options = std::make_shared<InitOptions>();
   CLI::App* verb = app.add_subcommand("init", "Make an account: its tables and views, and the rebate types");
-  verb->add_option("DSN", options->dsn,
-                   "The account: a new file such as shop.db, or Key=Value;… text of an empty database")
-      ->required();
+  options->account.AddTo(*verb, 0, "[DSN]",
+                         "The account: a new file such as shop.db, or Key=Value;… text of an empty database");
   verb->add_flag("--sample", options->sample, "Fill in sample suppliers, customers, goods, units and users");
   verb->add_flag("--json", options->json, "Print JSON");
   verb->footer("Example: rebate init shop.db --sample");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <ostream>
 
 #include "platform/values/types.h"
@@ -12,13 +13,16 @@ class Progress {
   Progress(std::ostream& err, bool shown, Text what, std::size_t total)
       : err_(err), shown_(shown && total > 1), what_(std::move(what)), total_(total) {}
   ~Progress() {
-    if (shown_) err_ << "\r\033[K" << std::flush;
+    if (shown_) err_ << '\r' << Text(widest_, ' ') << '\r' << std::flush;
   }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
   void Step() {
-    if (shown_) err_ << '\r' << what_ << ": " << ++done_ << '/' << total_ << "\033[K" << std::flush;
+    if (!shown_) return;
+    const Text line = what_ + ": " + std::to_string(++done_) + "/" + std::to_string(total_);
+    widest_ = std::max(widest_, line.size());  // no text takes more columns than bytes
+    err_ << '\r' << line << std::flush;
   }
 
  private:
@@ -27,6 +31,7 @@ class Progress {
   Text what_;
   std::size_t total_;
   std::size_t done_ = 0;
+  std::size_t widest_ = 0;
 };
 
 }  // namespace rebate

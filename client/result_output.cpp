@@ -57,9 +57,7 @@ Text JsonOf(const Variant& value) {
   }
 }
 
-}  // namespace
-
-void PrintTable(Recordset& rows, std::ostream& out, std::size_t width) {
+Table TableOf(Recordset& rows) {
   rows.MoveFirst();
   Table table(ColumnsOf(rows));
   for (; !rows.Eof(); rows.MoveNext()) {
@@ -70,8 +68,23 @@ void PrintTable(Recordset& rows, std::ostream& out, std::size_t width) {
     }
     table.Add(std::move(cells));
   }
-  table.Print(out, width);
-  out << '(' << table.row_count() << (table.row_count() == 1 ? " row)\n" : " rows)\n");
+  return table;
+}
+
+Text CsvOf(const Variant& value) {
+  if (value.IsNull() || value.IsEmpty()) return {};
+  const Text text = ToText(value);
+  if (text.find_first_of(",\"\r\n") == Text::npos && !text.empty()) return text;
+  return '"' + Replace(text, "\"", "\"\"") + '"';
+}
+
+void PrintCsv(Recordset& rows, std::ostream& out) {
+  for (std::size_t i = 0; i < rows.FieldCount(); ++i) out << (i == 0 ? "" : ",") << CsvOf(rows.FieldName(i));
+  out << '\n';
+  for (rows.MoveFirst(); !rows.Eof(); rows.MoveNext()) {
+    for (std::size_t i = 0; i < rows.FieldCount(); ++i) out << (i == 0 ? "" : ",") << CsvOf(rows.FieldValue(i));
+    out << '\n';
+  }
 }
 
 void PrintJsonRows(Recordset& rows, std::ostream& out) {
@@ -83,6 +96,24 @@ void PrintJsonRows(Recordset& rows, std::ostream& out) {
     for (std::size_t i = 0; i < keys.size(); ++i) out << keys[i] << JsonOf(rows.FieldValue(i));
     out << "}\n";
   }
+}
+
+}  // namespace
+
+void PrintRows(Recordset& rows, RowForm form, std::ostream& out, std::size_t width) {
+  switch (form) {
+    case RowForm::Json:
+      return PrintJsonRows(rows, out);
+    case RowForm::Csv:
+      return PrintCsv(rows, out);
+    case RowForm::Line:
+      return TableOf(rows).PrintTurned(out);
+    case RowForm::Table:
+      break;
+  }
+  const Table table = TableOf(rows);
+  table.Print(out, width);
+  out << '(' << table.row_count() << (table.row_count() == 1 ? " row)\n" : " rows)\n");
 }
 
 }  // namespace rebate

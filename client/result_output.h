@@ -6,11 +6,16 @@ namespace rebate {
 
 class Recordset;
 
-// The rows as a table with their count behind it; a Null is shown as NULL. `width` as in Table::Print.
-void PrintTable(Recordset& rows, std::ostream& out, std::size_t width);
+// How rows are printed. Only a table has their count behind it.
+enum class RowForm {
+  Table,  // a table; a Null is shown as NULL
+  Line,   // each row down the page, a line a column; likewise
+  Csv,    // a line of titles and one a row, texts in quotation marks where they need them; a Null is nothing
+  Json,   // one JSON object a row, keys in column order: numbers, decimals with all their digits too, as numbers,
+          // datetimes as text, a Null as null
+};
 
-// One JSON object a row, keys in column order: numbers, decimals with all their digits too, as numbers, datetimes as
-// text, a Null as null.
-void PrintJsonRows(Recordset& rows, std::ostream& out);
+// Prints all rows; the cursor is moved. `width` as in Table::Print.
+void PrintRows(Recordset& rows, RowForm form, std::ostream& out, std::size_t width);
 
 }  // namespace rebate

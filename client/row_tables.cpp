@@ -10,8 +10,12 @@ namespace {
 
 Table EmptyTable(const std::vector<RowColumn>& columns) {
   std::vector<Table::Column> titles;
-  for (const RowColumn& column : columns) titles.push_back({Text(column.title), column.right});
+  for (const RowColumn& column : columns) titles.push_back({Text(column.title), column.right, column.spare});
   return Table(std::move(titles));
+}
+
+Text Worded(const RowColumn& column, Text value) {
+  return column.words == nullptr ? value : column.words(value);
 }
 
 }  // namespace
@@ -30,7 +34,7 @@ Table RowTable(const std::vector<RowColumn>& columns, const Vector& rows) {
   for (Long i = 1; i <= rows.Size(); ++i) {
     const auto row = ObjectAs<Dictionary>(rows.Item(i));
     std::vector<Text> cells;
-    for (const RowColumn& column : columns) cells.push_back(CellText(*row, column.key));
+    for (const RowColumn& column : columns) cells.push_back(Worded(column, CellText(*row, column.key)));
     table.Add(std::move(cells));
   }
   return table;
@@ -40,7 +44,7 @@ Table RowTable(const std::vector<RowColumn>& columns, Recordset& rows) {
   Table table = EmptyTable(columns);
   for (rows.MoveFirst(); !rows.Eof(); rows.MoveNext()) {
     std::vector<Text> cells;
-    for (const RowColumn& column : columns) cells.push_back(CellText(rows.FieldValue(column.key)));
+    for (const RowColumn& column : columns) cells.push_back(Worded(column, CellText(rows.FieldValue(column.key))));
     table.Add(std::move(cells));
   }
   return table;

@@ -16,6 +16,8 @@ struct RowColumn {
   std::string_view title;
   std::string_view key;
   bool right = false;
+  int spare = 0;                         // as Table::Column has it
+  Text (*words)(const Text&) = nullptr;  // what a cell says of its value, where that isn't the value itself
 };
 
 // A value as a table's cell: its text; nothing for Null, Empty and objects.

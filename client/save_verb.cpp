@@ -44,7 +44,7 @@ void PrintRefusal(const Dictionary& answer, Tool& tool) {
     columns.push_back({"Goods", "FItemName"});
   }
   columns.push_back({"Held through", "FOrgRemark"});
-  RowTable(columns, *repeat).Print(tool.err, 0);
+  RowTable(columns, *repeat).Print(tool.err, tool.err_width);
 }
 
 void PrintSuccess(Account& account, const Dictionary& type, const Dictionary& head, Tool& tool) {

@@ -5,6 +5,7 @@
 
 #include "calls/json_values.h"
 #include "client/account.h"
+#include "client/code_words.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
@@ -72,13 +73,24 @@ void PrintSchemes(const Vector& schemes, bool json, Tool& tool) {
   if (json) {
     Json list = Json::array();
     for (Long i = 1; i <= schemes.Size(); ++i) list.push_back(ToJson(schemes.Item(i)));
-    tool.out << JsonLine(list) << '\n';
+    tool.out << JsonLine(WithNumericIds(std::move(list))) << '\n';
     return;
   }
-  const std::vector<RowColumn> columns = {
-      {"Scheme", "FSchemeID", true}, {"Name", "FSchemeName"},   {"Type", "FRebateMode"},     {"Status", "FEnable"},
-      {"Organisations", "FOrg"},     {"Checker", "FCheckerID"}, {"Modified", "FModifyDate"}, {"Note", "FNote"}};
+  if (schemes.Size() == 0) {
+    tool.out << "No scheme matches.\n";
+    return;
+  }
+  const std::vector<RowColumn> columns = {{"Scheme", "FSchemeID", true},
+                                          {"Name", "FSchemeName"},
+                                          {"Type", "FRebateType", true},
+                                          {"Rebate", "FRebateMode", false, 2},
+                                          {"Status", "FEnable"},
+                                          {"Organisations", "FOrg", false, 1},
+                                          {"Checker", "FCheckerID", false, 4},
+                                          {"Modified", "FModifyDate", false, 3},
+                                          {"Note", "FNote", false, 5}};
   RowTable(columns, schemes).Print(tool.out, tool.width);
+  tool.out << '(' << schemes.Size() << (schemes.Size() == 1 ? " scheme)\n" : " schemes)\n");
 }
 
 }  // namespace rebate

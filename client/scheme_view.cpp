@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "client/code_words.h"
 #include "client/rate_grid.h"
 #include "client/row_tables.h"
 #include "client/sections.h"
@@ -12,23 +13,25 @@
 namespace rebate {
 namespace {
 
-// The display name of the scheme's rebate type, empty where the account no longer offers it.
-Text TypeName(const Dictionary& scheme, const Text& type) {
+// The row of the scheme's rebate type, null where the account no longer offers it.
+Ref<Dictionary> TypeRowOf(const Dictionary& scheme) {
+  const Text type = CellText(*ObjectAs<Dictionary>(scheme.Value("SchemeMain")), "FRebateType");
   const auto types = ObjectAs<Vector>(scheme.GetValue("SchemeConst"));
   for (Long i = 1; types && i <= types->Size(); ++i) {
     const auto row = ObjectAs<Dictionary>(types->Item(i));
-    if (CellText(*row, "FRebateType") == type) return CellText(*row, "FTypeName");
+    if (CellText(*row, "FRebateType") == type) return row;
   }
-  return {};
+  return nullptr;
 }
 
 void PrintHead(const Dictionary& scheme, std::ostream& out) {
   const auto head = ObjectAs<Dictionary>(scheme.Value("SchemeMain"));
-  const Text type = CellText(*head, "FRebateType");
+  const Ref<Dictionary> type = TypeRowOf(scheme);
+  const Text type_words = type ? "  " + CellText(*type, "FTypeName") : Text();
   PrintFields(
       {
           {"Scheme", CellText(*head, "FSchemeID") + "  " + CellText(*head, "FSchemeName")},
-          {"Type", type + "  " + TypeName(scheme, type)},
+          {"Type", CellText(*head, "FRebateType") + type_words},
           {"Enabled", CellText(*head, "FEnable") == "1" ? "yes" : "no"},
           {"Checker", CellText(*head, "FCheckerName")},
           {"Modified", CellText(*head, "FModifyDate")},
@@ -56,14 +59,19 @@ Table RateTable(Recordset& rates, const Vector& ranges) {
 void PrintScheme(const Dictionary& scheme, std::ostream& out, std::size_t width) {
   const std::vector<RowColumn> range_columns = {
       {"Range", "FIndex", true}, {"From", "FLowerLimit", true}, {"To", "FUpperLimit", true}};
-  const std::vector<RowColumn> organisation_columns = {{"Row", "FRowID", true}, {"Class", "FItemClassID", true},
-                                                       {"ID", "FItemID", true}, {"Number", "FNumber"},
-                                                       {"Name", "FName"},       {"Shown as", "FShowName"}};
-  const std::vector<RowColumn> goods_columns = {
-      {"Row", "FRowID", true}, {"ID", "FItemID", true}, {"Number", "FNumber"},    {"Name", "FName"},
-      {"Model", "FModel"},     {"Unit", "FUnitName"},   {"Shown as", "FShowName"}};
+  const std::vector<RowColumn> organisation_columns = {
+      {"Row", "FRowID", true}, {"Class", "FItemClassID", false, 2, ItemClassText},
+      {"ID", "FItemID", true}, {"Number", "FNumber"},
+      {"Name", "FName"},       {"Shown as", "FShowName", false, 1}};
+  const std::vector<RowColumn> goods_columns = {{"Row", "FRowID", true},
+                                                {"ID", "FItemID", true},
+                                                {"Number", "FNumber"},
+                                                {"Name", "FName"},
+                                                {"Model", "FModel", false, 2},
+                                                {"Unit", "FUnitName"},
+                                                {"Shown as", "FShowName", false, 1}};
   const std::vector<RowColumn> check_columns = {
-      {"Row", "FRowID", true}, {"Class", "FItemClassID", true}, {"ID", "FItemID", true}};
+      {"Row", "FRowID", true}, {"Class", "FItemClassID", false, 0, ItemClassText}, {"ID", "FItemID", true}};
   const auto ranges = ObjectAs<Vector>(scheme.Value("AllRanges"));
   const auto recordset = [&](std::string_view key) { return ObjectAs<Recordset>(scheme.Value(key)); };
 
@@ -72,7 +80,9 @@ void PrintScheme(const Dictionary& scheme, std::ostream& out, std::size_t width)
   PrintSection("Organisations (ID 0: the whole class)", RowTable(organisation_columns, *recordset("AllOrgsRS")), out,
                width);
   PrintSection("Goods", RowTable(goods_columns, *recordset("AllItemsRS")), out, width);
-  PrintSection("Rates by row and range", RateTable(*recordset("AllRulesRS"), *ranges), out, width);
+  const Ref<Dictionary> type = TypeRowOf(scheme);
+  PrintSection(WithUnit("Rates by row and range", type ? RateUnit(*type) : Text()),
+               RateTable(*recordset("AllRulesRS"), *ranges), out, width);
   PrintSection("Check items", RowTable(check_columns, *recordset("AllChecksRS")), out, width);
 }
 

@@ -56,7 +56,12 @@ void ShapeCheck::CheckObject(const Json& object, std::span<const KeyRule> rules,
 }
 
 void ShapeCheck::Report(Text problem) {
-  if (problems_.size() < kMostProblems) problems_.push_back(std::move(problem));
+  if (problems_.size() < kMostProblems) {
+    problems_.push_back(std::move(problem));
+    return;
+  }
+  if (more_++ > 0) problems_.pop_back();
+  problems_.push_back("and " + std::to_string(more_) + " more");
 }
 
 void ShapeCheck::CheckValue(const Json& value, const KeyRule& rule, const Text& place) {

@@ -24,7 +24,8 @@ struct KeyRule {
 constexpr bool kOptional = false;
 
 // Collects what is wrong with the shape of a value, each problem with its place, such as
-// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1; at most ten.
+// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1; behind ten, a line tells how many more there
+// are.
 class ShapeCheck {
  public:
   // Checks the keys of `object`, which stands at `path`, empty for the whole value; a key without a rule is a problem
@@ -43,6 +44,7 @@ class ShapeCheck {
   void Expect(std::string_view what, const Json& value, const Text& place);
 
   std::vector<Text> problems_;
+  std::size_t more_ = 0;
 };
 
 }  // namespace rebate

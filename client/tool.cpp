@@ -1,8 +1,10 @@
 #include "client/tool.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <ostream>
 
+#include "client/command_line.h"
 #include "platform/automation/error.h"
 #include "platform/login_standins/login_standins.h"
 #include "service/component_classes.h"
@@ -18,15 +20,7 @@ Text Version() {
   return "rebate " + std::to_string(component.major_version) + "." + std::to_string(component.minor_version);
 }
 
-}  // namespace
-
-int RunTool(int argc, const char* const* argv, Tool& tool) {
-  CLI::App app("Rebate schemes of an account: make an account, query it, keep its schemes and rate grids", "rebate");
-  app.set_version_flag("--version", Version());
-  app.require_subcommand(1);
-  // A path may begin with a slash on every system.
-  app.allow_windows_style_options(false);
-  app.footer("`rebate VERB --help` tells more about a verb. Try: rebate init shop.db --sample");
+void AddVerbs(CLI::App& app, Tool& tool) {
   AddInitVerb(app, tool);
   AddSqlVerb(app, tool);
   AddTypesVerb(app, tool);
@@ -46,18 +40,54 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   AddNameTakenVerb(app, tool);
   AddCheckVerb(app, tool);
   AddCallVerb(app, tool);
+}
+
+int TellWrongUsage(const Text& problem, Tool& tool) {
+  tool.err << "rebate: " << problem << std::endl;
+  return kWrongUsage;
+}
+
+// A mistyped verb or option is told with what was likely meant.
+int TellParseError(const CLI::App& app, const CLI::ParseError& error, const std::vector<Text>& arguments, Tool& tool) {
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    if (const auto problem = OptionProblem(app, arguments)) return TellWrongUsage(*problem, tool);
+  }
+  return app.exit(error, tool.out, tool.err) == 0 ? 0 : kWrongUsage;
+}
+
+int RunVerb(const std::vector<Text>& arguments, Tool& tool) {
+  CLI::App app("Rebate schemes of an account: make an account, query it, keep its schemes and rate grids", "rebate");
+  app.set_version_flag("--version", Version());
+  app.require_subcommand(1);
+  // A path may begin with a slash on every system.
+  app.allow_windows_style_options(false);
+  app.footer(
+      "`rebate VERB --help` tells more about a verb. Try: rebate init shop.db --sample\n"
+      "Status: 0 done, 1 refused or failed, 2 wrong usage.");
+  AddVerbs(app, tool);
   try {
     RegisterLoginStandIns();
     RegisterComponent();
-    app.parse(argc, argv);
+    if (const auto problem = VerbProblem(app, arguments)) return TellWrongUsage(*problem, tool);
+    std::vector<Text> reversed(arguments.rbegin(), arguments.rend());
+    app.parse(std::move(reversed));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error, tool.out, tool.err) == 0 ? 0 : kWrongUsage;
+    return TellParseError(app, error, arguments, tool);
   } catch (const std::exception& error) {
     tool.err << "rebate: " << error.what() << std::endl;
     return kRefused;
   }
-  tool.out.flush();
   return tool.status;
+}
+
+}  // namespace
+
+int RunTool(int argc, const char* const* argv, Tool& tool) {
+  const int status = RunVerb(VerbFirst(std::vector<Text>(argv + std::min(argc, 1), argv + argc)), tool);
+  tool.out.flush();
+  if (tool.out) return status;
+  tool.err << "rebate: Can't write to standard output" << std::endl;
+  return kRefused;
 }
 
 }  // namespace rebate

@@ -1,7 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <iosfwd>
+#include <optional>
+
+#include "platform/values/types.h"
 
 namespace CLI {
 class App;
@@ -14,13 +18,20 @@ struct Tool {
   std::istream& in;
   std::ostream& out;
   std::ostream& err;
-  std::size_t width = 0;  // columns of the terminal that `out` is, 0 where it is none
-  bool progress = false;  // whether `err` is a terminal, on which progress may be shown
-  bool asks = false;      // whether `in` and `out` are a terminal, on which a question can be asked
-  int status = 0;         // 1 once something was refused or failed
+  std::size_t width = 0;      // columns of the terminal that `out` is, 0 where it is none
+  std::size_t height = 0;     // its lines, 0 where it is none
+  std::size_t err_width = 0;  // likewise of `err`
+  bool progress = false;      // whether `err` is a terminal, on which progress may be shown
+  bool asks = false;          // whether `in` and `out` are a terminal, on which a question can be asked
+  // Reads a line with editing and history, nothing at the end of input; without it, lines are read from `in`.
+  std::function<std::optional<Text>(const Text& prompt)> read_line = {};
+  // Shows a long text page by page; false where there is nothing to show it with.
+  std::function<bool(const Text& text)> page = {};
+  int status = 0;  // 1 once something was refused or failed
 };
 
-// Runs the command line and gives the exit status: 0 done, 1 refused or failed with the reason on `err`, 2 wrong usage.
+// Runs the command line and gives the exit status: 0 done, 1 refused or failed with the reason on `err` (also where
+// what was to be printed can't be written), 2 wrong usage.
 int RunTool(int argc, const char* const* argv, Tool& tool);
 
 // Each adds one verb. A verb raises where it fails; `app` and `tool` outlive the run.

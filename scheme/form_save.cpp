@@ -1,5 +1,6 @@
 #include "model/rebate_type.h"
 #include "platform/automation/conversion.h"
+#include "platform/login/call_observer.h"
 #include "platform/values/calendar.h"
 #include "service/base_info_mgr.h"
 #include "service/statement_text.h"
@@ -44,6 +45,7 @@ class FormSave {
                   LocalDate(), call_.UserId()));
     id_ = FirstId(call_, Statement("select FID from t_FL_SchemeList where FSchemeName='{}'", DoubleQuotes(name)),
                   []() -> Long { Refuse(kSource, "The scheme that was just written isn't there"); });
+    if (CallObserver* observer = TheCallObserver()) observer->StoringScheme(id_);
   }
 
   void ReplaceRanges(const Vector& ranges) {

@@ -1,5 +1,6 @@
 #include "scheme/persistence.h"
 
+#include "platform/login/call_observer.h"
 #include "service/statement_text.h"
 
 namespace rebate {
@@ -13,6 +14,7 @@ Long InsertHead(Call& call, const SaveRequest& request) {
   const RecordsetRef identity = call.Execute("SELECT @@identity as FSchemeIDNew");
   const Long new_id = ToLong(identity->FieldValue("FSchemeIDNew"));
   identity->Close();
+  if (CallObserver* observer = TheCallObserver()) observer->StoringScheme(new_id);
   return new_id;
 }
 

@@ -1,9 +1,15 @@
 #include "service/call_frame.h"
 
+#include "platform/login/call_observer.h"
+
 namespace rebate {
 namespace {
 
 constexpr std::string_view kReraiseSource = "BaseInfoMgr:UpdateBatch";
+
+bool TellsReason(OnFailure on_failure) {
+  return on_failure == OnFailure::ReportInResult || on_failure == OnFailure::Reraise;
+}
 
 }  // namespace
 
@@ -27,6 +33,9 @@ void CallFrame::Report(const Error& error, Ref<Dictionary>& result) {
 }
 
 void CallFrame::Vote(OnFailure on_failure, const Error& error) {
+  if (CallObserver* observer = TheCallObserver(); observer != nullptr && !TellsReason(on_failure)) {
+    observer->Swallowing(error);
+  }
   switch (on_failure) {
     case OnFailure::Swallow:
     case OnFailure::Leave:

@@ -1,26 +1,10 @@
 // Other programs with the shared library: what it shows them, and the examples.
 
-#include <array>
-#include <cstdio>
-
 #include "tests/abi_kit.h"
+#include "tests/shell.h"
 
 namespace rebate {
 namespace {
-
-// What a shell command prints, with its status behind it where that isn't 0.
-Text Shell(const Text& command) {
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  Text printed;
-  std::array<char, 4096> part;
-  for (std::size_t size; (size = fread(part.data(), 1, part.size(), pipe)) > 0;) printed.append(part.data(), size);
-  const int status = pclose(pipe);
-  return status == 0 ? printed : printed + "status " + std::to_string(status);
-}
-
-bool Runs(const Text& command) {
-  return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
-}
 
 class AbiHost : public ToolTest {
  protected:

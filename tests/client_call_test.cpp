@@ -5,6 +5,7 @@
 #include <sstream>
 #include <thread>
 
+#include "calls/call_control.h"
 #include "calls/json_text.h"
 #include "client/call_loop.h"
 #include "platform/automation/class_objects.h"
@@ -71,7 +72,9 @@ std::vector<Text> Serve(const std::vector<Text>& requests, bool trace = false, s
   std::stringstream in;
   std::stringstream out;
   for (const Text& request : requests) in << request << '\n';
-  ServeCalls(in, out, {"TestLibrary", std::move(dsn), trace});
+  CallControl control;
+  CallServer server({"TestLibrary", std::move(dsn), trace}, control);
+  ServeCalls(in, out, server);
   std::vector<Text> answers;
   for (Text line; std::getline(out, line);) answers.push_back(line);
   return answers;
@@ -118,8 +121,11 @@ TEST(ClientCall, WhatCannotBeCalledIsAnErrorAndTheNextLineIsServed) {
       {R"({"op":"Counter.Add","args":{"by":1}})", "Counter.Add", 449, "msg"},
       {R"({"op":"Counter.Add","args":{"by":1,"msg":"","bye":2}})", "Counter.Add", 448, "sDsn, by, msg, times"},
       {R"({"op":"Counter.Add","args":{"by":4294967296,"msg":""}})", "Counter.Add", 6, "by: the integer"},
-      {R"({"op":"Counter.Add","args":{"by":"x","msg":""}})", "Counter.Add", 13, "Type mismatch"},
-      {R"({"op":"Counter.Work","args":{"rows":{},"fails":1}})", "Counter.Work", 13, "Type mismatch"},
+      {R"({"op":"Counter.Add","args":{"by":"x","msg":""}})", "Counter.Add", 13, "by is due as integer, not \"x\""},
+      {R"({"op":"Counter.Work","args":{"rows":{},"fails":1}})", "Counter.Work", 13, "rows is due as Vector, not {}"},
+      {R"({"op":"Counter.Count","tell":"failure"})", "Counter.Count", 5, "\"tell\" is an array"},
+      {R"({"op":"Counter.Count","tell":["why"]})", "Counter.Count", 5, "not \"why\""},
+      {R"({"describe":1})", "", 5, "{\"describe\":true}"},
       {R"({"op":"Counter.Count","args":[]})", "Counter.Count", 5, "\"args\" is an object"},
       {R"({"op":"Counter.Count","tread":"b"})", "Counter.Count", 5, "tread"},
       {R"({"op":"Counter.Count","thread":1})", "Counter.Count", 5, "\"thread\" is a text"},
@@ -135,6 +141,46 @@ TEST(ClientCall, WhatCannotBeCalledIsAnErrorAndTheNextLineIsServed) {
     EXPECT_NE(answer["error"]["description"].get<Text>().find(c.description), Text::npos) << answers[0];
     EXPECT_EQ(answers[1], R"({"op":"Counter.Count","result":0})");
   }
+}
+
+TEST(ClientCall, AnIdOfAnyKindComesBackWithEveryAnswer) {
+  const auto answers = Serve({R"({"id":7,"op":"Counter.Count"})", R"({"op":"Counter.Nothing","id":{"a":[null]}})",
+                              R"({"cache":"create","id":"x"})", R"({"id":null})"});
+  EXPECT_EQ(answers.at(0), R"({"id":7,"op":"Counter.Count","result":0})");
+  EXPECT_EQ(answers.at(1).substr(0, 47), R"({"id":{"a":[null]},"op":"Counter.Nothing","erro)");
+  EXPECT_EQ(answers.at(2), R"({"id":"x","cache":"create"})");
+  EXPECT_EQ(answers.at(3).substr(0, 19), R"({"id":null,"error":)");
+}
+
+// A stream that is full after so many bytes.
+class FullBuffer : public std::stringbuf {
+ public:
+  explicit FullBuffer(std::size_t room) : room_(room) {}
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize size) override {
+    if (str().size() + static_cast<std::size_t>(size) > room_) return 0;
+    return std::stringbuf::xsputn(text, size);
+  }
+
+ private:
+  std::size_t room_;
+};
+
+TEST(ClientCall, AnAnswerThatCannotBeWrittenIsTheLast) {
+  RegisterClass("TestLibrary.Counter", [] { return ObjectRef(New<Counter>()); });
+  std::stringstream in(R"({"op":"Counter.Count"})"
+                       "\n"
+                       R"({"op":"Counter.Count"})"
+                       "\n"
+                       R"({"op":"Counter.Count"})");
+  FullBuffer buffer(40);
+  std::ostream out(&buffer);
+  CallControl control;
+  CallServer server({"TestLibrary", std::nullopt, false}, control);
+  ServeCalls(in, out, server);
+  EXPECT_FALSE(out);
+  EXPECT_TRUE(in) << "the third request was read though nobody would hear its answer";
 }
 
 TEST(ClientCall, AnErrorThatIsLetThroughStandsInThePlaceOfTheResult) {

@@ -36,7 +36,7 @@ TEST_F(ClientGrid, IsPrintedAsAGrid) {
             " ID  Number  Name                  0 – 50000  50000 – 200000\n"
             "---  ------  --------------------  ---------  --------------\n"
             "803  S003    杭州清源饮品有限公司        0.5            1.25\n"
-            "804  S004    青岛海岸食品有限公司                          2\n");
+            "804  S004    青岛海岸食品有限公司                       2\n");
   EXPECT_EQ(RunJson({"rates", "2040"}).size(), 3u);
   EXPECT_EQ(RunJson({"rates", "3020"}), Json::array());
   EXPECT_EQ(Run({"rates", "3020"}).status, 0);

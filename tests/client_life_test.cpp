@@ -23,7 +23,7 @@ class ClientLife : public ToolTest {
   Text Enabled() {
     // The list goes by the second in which a scheme was changed.
     std::set<Text> sorted;
-    for (const Json& row : RunJson({"list"})) sorted.insert(row["FSchemeID"].get<Text>());
+    for (const Json& row : RunJson({"list"})) sorted.insert(std::to_string(row["FSchemeID"].get<Long>()));
     Text ids;
     for (const Text& id : sorted) ids += id + " ";
     return ids;

@@ -65,10 +65,12 @@ TEST(ClientRequest, EachProblemIsNamedWithItsPlace) {
   }
 }
 
-TEST(ClientRequest, AtMostTenProblemsAreTold) {
+TEST(ClientRequest, TenProblemsAreToldAndTheRestCounted) {
   Json request = ParseJson(kGoodRequest);
   for (int i = 0; i < 20; ++i) request["AllRangesData"].push_back(Json::object());
-  EXPECT_EQ(RequestProblems(request).size(), 10u);
+  const std::vector<Text> problems = RequestProblems(request);
+  ASSERT_EQ(problems.size(), 11u);
+  EXPECT_EQ(problems[10], "and 30 more");
   EXPECT_EQ(RequestProblems(Json::array()).size(), 1u);
 }
 

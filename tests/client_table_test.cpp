@@ -40,19 +40,35 @@ TEST(ClientTable, ColumnsLineUp) {
   EXPECT_EQ(Printed(table, 0),
             "Name        Amount  Note\n"
             "----------  ------  ----\n"
-            "华东供应商       5  a b\n"
+            "华东供应商     5    a b\n"
             "x             12.5\n");
 }
 
-TEST(ClientTable, OnATerminalTheWidestColumnsGiveWay) {
-  Table table({{"ID"}, {"Organisations"}});
-  table.Add({"1", "S.01_华东,S.02_华南,S.03_华北"});
-  EXPECT_EQ(Printed(table, 20),
+TEST(ClientTable, OnATerminalTextsGiveWayThenSpareColumnsThenTheTableTurns) {
+  Table table({{"ID", true}, {"Organisations", false, 1}, {"Note", false, 2}});
+  table.Add({"1", "S.01_华东,S.02_华南,S.03_华北", "n"});
+  EXPECT_EQ(Printed(table, 29),
+            "ID  Organisations        Note\n"
+            "--  -------------------  ----\n"
+            " 1  S.01_华东,S.02_华…   n\n");
+  EXPECT_EQ(Printed(table, 22),
             "ID  Organisations\n"
-            "--  ----------------\n"
-            "1   S.01_华东,S.02_…\n");
+            "--  ------------------\n"
+            " 1  S.01_华东,S.02_华…\n"
+            "(too narrow for: Note)\n");
   EXPECT_NE(Printed(table, 0).find("华北"), Text::npos);
-  EXPECT_EQ(Printed(table, 1), "ID  Organ…\n--  ------\n1   S.01_…\n");
+
+  Table grid({{"Number"}, {"0 – 10000", true}, {"10000 – 20000", true}});
+  grid.Add({"S001", "1", "2.25"});
+  grid.Add({"S002", "", "3"});
+  EXPECT_EQ(Printed(grid, 30),
+            "Number         S001\n"
+            "0 – 10000      1\n"
+            "10000 – 20000  2.25\n"
+            "\n"
+            "Number         S002\n"
+            "0 – 10000\n"
+            "10000 – 20000  3\n");
 }
 
 RecordsetRef SomeRows() {
@@ -66,7 +82,7 @@ RecordsetRef SomeRows() {
 
 TEST(ClientTable, JsonRowsKeepNumbersWhole) {
   std::ostringstream out;
-  PrintJsonRows(*SomeRows(), out);
+  PrintRows(*SomeRows(), RowForm::Json, out, 0);
   EXPECT_EQ(out.str(),
             "{\"n\\\"1\":12345678901234567890.5,\"名\":\"返\\\"利\"}\n"
             "{\"n\\\"1\":7,\"名\":null}\n"
@@ -75,8 +91,8 @@ TEST(ClientTable, JsonRowsKeepNumbersWhole) {
 
 TEST(ClientTable, ResultsShowNullAndCountTheirRows) {
   std::ostringstream out;
-  PrintTable(*SomeRows(), out, 0);
-  EXPECT_NE(out.str().find("                     7  NULL\n"), Text::npos) << out.str();
+  PrintRows(*SomeRows(), RowForm::Table, out, 0);
+  EXPECT_NE(out.str().find("                   7    NULL\n"), Text::npos) << out.str();
   EXPECT_TRUE(out.str().ends_with("(3 rows)\n")) << out.str();
 }
 

@@ -84,8 +84,8 @@ TEST_F(ClientTool, StoredSchemesAreShownAndListed) {
 TEST_F(ClientTool, EveryClassHasItsTypes) {
   const Json types = ParseJson(RunRebate({"types", "--dsn", dsn_, "--json"}).out);
   ASSERT_EQ(types.size(), 16u);
-  EXPECT_EQ(types[0]["FRebateType"], "2040");
-  EXPECT_EQ(types[15]["FRebateType"], "4021");
+  EXPECT_EQ(types[0]["FRebateType"], 2040);
+  EXPECT_EQ(types[15]["FRebateType"], 4021);
 }
 
 TEST_F(ClientTool, FailuresTellTheirReason) {

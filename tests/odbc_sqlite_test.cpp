@@ -60,6 +60,24 @@ TEST_F(OdbcSqlite, GivesRowsBackAsTheyWerePut) {
   EXPECT_TRUE(rows->Eof());
 }
 
+// Writes down what it hears.
+class Heard : public BatchListener {
+ public:
+  void Rows(RecordsetRef rows) override { text += "rows " + ToText(rows->FieldValue(0)) + "\n"; }
+  void Affected(std::int64_t count) override { text += "affected " + std::to_string(count) + "\n"; }
+  void Message(const Text& message) override { text += message + "\n"; }
+
+  Text text;
+};
+
+TEST_F(OdbcSqlite, TellsRowSetsAndCounts) {
+  Heard heard;
+  account_->ExecuteFor("insert into goods(id) values(7)", heard);
+  account_->ExecuteFor("update goods set name='x' where id=8", heard);
+  account_->ExecuteFor("select id from goods", heard);
+  EXPECT_EQ(heard.text, "affected 1\naffected 0\nrows 7\n");
+}
+
 TEST_F(OdbcSqlite, AColumnNameOfAnyLengthDoesNoHarm) {
   // The driver names the column by its expression; the length that it tells overflows.
   const RecordsetRef rows = account_->Execute("select '" + Text(40'000, 'x') + "'");

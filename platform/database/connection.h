@@ -1,11 +1,21 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "platform/database/recordset.h"
 
 namespace rebate {
+
+// Hears all that a text gives and says, in the order in which it does.
+class BatchListener {
+ public:
+  virtual ~BatchListener() = default;
+  virtual void Rows(RecordsetRef rows) = 0;       // of one statement, all of them
+  virtual void Affected(std::int64_t count) = 0;  // the rows that one statement has written or deleted
+  virtual void Message(const Text& message) = 0;  // a line of `print`, or of `raiserror` up to severity 10
+};
 
 // A connection to an account's database. It owns its temporary tables and lives on one thread at a time.
 //
@@ -23,6 +33,10 @@ class Connection : public RefCounted {
   // to severity 10. One that was refused halfway has said what came before. They are handed out once; a connection that
   // can't tell them has none.
   virtual std::vector<Text> TakeMessages() { return {}; }
+
+  // Runs the text likewise, and tells the listener what it gives and says, also before a statement that is refused. A
+  // connection that can't tell all of it tells what Execute and TakeMessages give.
+  virtual void ExecuteFor(std::string_view text, BatchListener& listener);
 
   // Readies a unit of work; one that is open is undone first. Takes no lock.
   virtual void BeginWork() = 0;

@@ -1,5 +1,6 @@
 #include "platform/database/data_source.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -13,9 +14,11 @@ namespace rebate {
 namespace {
 
 constexpr std::string_view kUserKey = "AppUser";
+constexpr std::string_view kRightsKey = "Rights";
 constexpr std::string_view kPathKey = "Data Source";
 constexpr std::string_view kForms =
-    "Name an embedded account by its path or as Data Source=<path>;AppUser=<user id>, and one on a server by an ODBC "
+    "Name an embedded account by its path or as Data Source=<path>;AppUser=<user id>;Rights=<item classes>, and one on "
+    "a server by an ODBC "
     "connection text with Driver= or DSN=.";
 
 [[noreturn]] void Refuse(const Text& description) {
@@ -29,6 +32,27 @@ Long UserId(const ConnectionKey& key) {
     Refuse("AppUser must be a whole number from 0 to " + std::to_string(kHighest) + ", not '" + key.value + "'.");
   }
   return *id;
+}
+
+// The ids of item classes with commas or blanks between them, as a list with commas alone.
+Text ItemClasses(const ConnectionKey& key) {
+  Text list;
+  Text value = key.value;
+  std::replace(value.begin(), value.end(), ' ', ',');
+  for (const Text& part : Split(value, ',')) {
+    if (part.empty()) continue;
+    const std::optional<Long> item_class = WholeNumber<Long>(part);
+    if (!item_class || *item_class <= 0) {
+      list.clear();
+      break;
+    }
+    list += (list.empty() ? "" : ",") + std::to_string(*item_class);
+  }
+  if (list.empty()) {
+    Refuse("Rights must be the item classes to which the user's data rights apply, such as 8,1 for suppliers and " +
+           Text("customers, not '") + key.value + "'.");
+  }
+  return list;
 }
 
 bool NamesDriver(const std::vector<ConnectionKey>& keys) {
@@ -62,6 +86,7 @@ DataSource DataSource::Parse(std::string_view text) {
   }
   std::vector<ConnectionKey> keys = ParseConnectionText(trimmed);
   if (const auto user = Take(keys, kUserKey)) source.app_user = UserId(*user);
+  if (const auto rights = Take(keys, kRightsKey)) source.rights = ItemClasses(*rights);
   source.embedded = !NamesDriver(keys);
   if (!source.embedded) {
     source.connection_text = JoinConnectionText(keys);

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "platform/automation/error.h"
+#include "platform/values/types.h"
 
 namespace rebate {
 
@@ -18,6 +19,8 @@ class CallObserver {
   virtual void Executing(std::string_view text) = 0;
   virtual void Refused(const Error& error) = 0;  // the statement that was announced last
   virtual void CallingComponent(std::string_view program_id, std::string_view member) = 0;
+  virtual void Swallowing(const Error&) {}  // the operation failed, and its answer doesn't tell why
+  virtual void StoringScheme(Long) {}       // the head of a scheme was written under this id
 };
 
 // The calling thread's observer, null at the start. The caller keeps it alive while it is set.

@@ -6,6 +6,7 @@
 #include "platform/database/connection_text.h"
 #include "platform/database/error_numbers.h"
 #include "platform/login/call_observer.h"
+#include "platform/login/source_login.h"
 
 namespace rebate {
 namespace {
@@ -123,6 +124,7 @@ class PoolingContext : public DataContext {
     if (CallObserver* observer = TheCallObserver()) observer->Opening(WithoutSecrets(dsn));
     EndCall();
     const DataSource source = DataSource::Parse(dsn);
+    AnnounceSourceLogin(source);
     connection_ = New<CallConnection>(pool_->Take(dsn, source));
     app_user_ = source.app_user;
   }

@@ -5,7 +5,10 @@
 
 #include "platform/automation/class_objects.h"
 #include "platform/automation/dispatch.h"
+#include "platform/automation/per_thread.h"
+#include "platform/database/data_source.h"
 #include "platform/login/login_components.h"
+#include "platform/login/source_login.h"
 
 namespace rebate {
 namespace {
@@ -18,6 +21,18 @@ struct SharedAnswers {
 SharedAnswers& TheSharedAnswers() {
   static SharedAnswers shared;
   return shared;
+}
+
+// What the data source that a thread opened last says of its login.
+struct SourceLogin {
+  std::optional<Text> rights;
+  Long app_user = 0;
+};
+
+void HeedSource(const DataSource& source) {
+  auto& login = OfThisThread<SourceLogin>();
+  login.rights = source.rights;
+  login.app_user = source.app_user;
 }
 
 Variant LoginProperty(const Text& name) {
@@ -93,8 +108,21 @@ void SetLoginAnswers(LoginAnswers answers) {
 
 LoginAnswers TheLoginAnswers() {
   SharedAnswers& shared = TheSharedAnswers();
-  const std::lock_guard lock(shared.mutex);
-  return shared.answers;
+  LoginAnswers answers;
+  {
+    const std::lock_guard lock(shared.mutex);
+    answers = shared.answers;
+  }
+  if (const auto& login = OfThisThread<SourceLogin>(); login.rights) {
+    answers.app_user = login.app_user;
+    answers.need_authrize = true;
+    answers.authrize_item_class_list = *login.rights;
+  }
+  return answers;
+}
+
+std::optional<Text> RightsOfSource() {
+  return OfThisThread<SourceLogin>().rights;
 }
 
 ObjectRef CreateLoginStandIn(std::string_view program_id) {
@@ -110,6 +138,7 @@ ObjectRef CreateLoginStandIn(std::string_view program_id) {
 }
 
 void RegisterLoginStandIns() {
+  SetSourceLoginListener(HeedSource);
   for (const StandIn& stand_in : kStandIns) {
     const std::string_view program_id = stand_in.program_id;
     if (IsClassRegistered(program_id)) continue;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -23,13 +24,19 @@ struct LoginAnswers {
 
 // Sets the answers from now on; they start as declared above.
 void SetLoginAnswers(LoginAnswers answers);
+// As the calling thread hears them: where the data source that it opened last names rights (`Rights=8,1`), data rights
+// apply, to those item classes and for the user of that data source.
 LoginAnswers TheLoginAnswers();
+
+// The item classes named by the data source that the calling thread opened last; nothing where it names none.
+std::optional<Text> RightsOfSource();
 
 // A stand-in for the login component of that program identifier; null for any other identifier. Raises 429 where it is
 // to fail.
 ObjectRef CreateLoginStandIn(std::string_view program_id);
 
-// Registers a stand-in for each of the four login components that nobody has registered yet.
+// Registers a stand-in for each of the four login components that nobody has registered yet, and heeds the rights that
+// data sources name from then on.
 void RegisterLoginStandIns();
 
 }  // namespace rebate

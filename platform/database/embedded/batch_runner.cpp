@@ -42,6 +42,7 @@ struct BatchRunner::Visitor {
     switch (command.command.kind) {
       case tsql::Command::Kind::SelectInto:
         runner.RunSelectInto(command);
+        TellCount();
         break;
       case tsql::Command::Kind::Assign:
         runner.RunAssign(command);
@@ -53,14 +54,17 @@ struct BatchRunner::Visitor {
   }
   Flow operator()(const tsql::Insert& node) {
     runner.RunInsert(runner.Prepared(step, 0, [&](auto& context) { return MakeInsert(context, node); }));
+    TellCount();
     return Flow::Next;
   }
   Flow operator()(const tsql::Update& node) {
     runner.RunChange(runner.Prepared(step, 0, [&](auto& context) { return MakeUpdate(context, node); }));
+    TellCount();
     return Flow::Next;
   }
   Flow operator()(const tsql::Delete& node) {
     runner.RunChange(runner.Prepared(step, 0, [&](auto& context) { return MakeDelete(context, node); }));
+    TellCount();
     return Flow::Next;
   }
 
@@ -115,7 +119,7 @@ struct BatchRunner::Visitor {
 
   // ---- what a text says ----
   Flow operator()(const tsql::Print& node) {
-    runner.messages_.push_back(runner.TextValue(step, 0, *node.message).value_or(""));
+    runner.Say(runner.TextValue(step, 0, *node.message).value_or(""));
     return Flow::Next;
   }
   Flow operator()(const tsql::RaiseError& node) {
@@ -126,7 +130,7 @@ struct BatchRunner::Visitor {
     for (std::size_t i = 0; i < node.arguments.size(); ++i) {
       raised.arguments.push_back(runner.TextValue(step, 3 + i, *node.arguments[i]));
     }
-    runner.messages_.push_back(RaisedText(raised));
+    runner.Say(RaisedText(raised));
     return Flow::Next;
   }
   Flow operator()(const tsql::Throw& node) {
@@ -148,6 +152,9 @@ struct BatchRunner::Visitor {
     return Flow::Next;
   }
 
+  void TellCount() {
+    if (runner.listener_ != nullptr) runner.listener_->Affected(runner.session_.row_count);
+  }
   template <typename Work>
   Flow Define(const Work& work) {
     runner.session_.Atomically(work);
@@ -303,6 +310,14 @@ void BatchRunner::RaiseFailure(PreparedCommand& prepared, sqlite3_stmt* statemen
 
 // ---- running ----
 
+void BatchRunner::Say(Text message) {
+  if (listener_ != nullptr) {
+    listener_->Message(message);
+  } else {
+    messages_.push_back(std::move(message));
+  }
+}
+
 bool BatchRunner::Holds(PreparedCommand& prepared) {
   BindParameters(prepared, prepared.statement.get(), prepared.command.sql.parameters);
   const RunningStatement running(prepared.statement.get());
@@ -319,7 +334,11 @@ void BatchRunner::RunQuery(PreparedCommand& prepared) {
   } else {
     RowReader reader(statement, prepared.command.columns);
     for (; StepOnce(prepared, statement) == SQLITE_ROW; ++count) reader.AddRow();
-    result_ = reader.rows();
+    if (listener_ != nullptr) {
+      listener_->Rows(OpenRecordset(reader.rows()));
+    } else {
+      result_ = reader.rows();
+    }
   }
   session_.row_count = count;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/database/connection.h"
 #include "platform/database/embedded/prepared_batch.h"
 #include "platform/database/embedded/row_update.h"
 #include "platform/database/embedded/session.h"
@@ -11,13 +12,15 @@ namespace rebate {
 // Runs the statements of one text, in order: they share its variables, its result and its messages.
 class BatchRunner {
  public:
-  BatchRunner(Session& session, std::vector<Text>& messages) : session_(session), messages_(messages) {}
+  // Messages go to `messages`; where there is a listener, it gets them instead, and all row sets and counts.
+  BatchRunner(Session& session, std::vector<Text>& messages, BatchListener* listener = nullptr)
+      : session_(session), messages_(messages), listener_(listener) {}
 
   // Runs the batch with these literals. Raises the error of the first statement that is refused. Gives false where the
   // text ends here.
   bool Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> literals);
 
-  // The first row set that a statement gave; null where none did.
+  // The first row set that a statement gave; null where none did, or a listener got it.
   const Ref<RowSet>& result() const { return result_; }
 
  private:
@@ -41,6 +44,7 @@ class BatchRunner {
   tsql::Value ParameterValue(const tsql::Parameter& parameter, tsql::TextPool& pool);
   tsql::Value SystemValueOf(const tsql::Parameter& parameter, tsql::TextPool& pool);
 
+  void Say(Text message);
   bool Holds(PreparedCommand& prepared);
   void RunQuery(PreparedCommand& prepared);
   void RunAssign(PreparedCommand& prepared);
@@ -60,6 +64,7 @@ class BatchRunner {
 
   Session& session_;
   std::vector<Text>& messages_;
+  BatchListener* listener_;
   PreparedBatch* batch_ = nullptr;
   std::span<const tsql::LiteralToken> literals_;
   Variables variables_;

@@ -12,17 +12,17 @@ RecordsetRef ResultOf(const BatchRunner& runner) {
 
 }  // namespace
 
-RecordsetRef EmbeddedConnection::Execute(std::string_view text) {
+RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* listener) {
   messages_.clear();
-  if (text.size() > kWholeBatch) return ExecuteParts(text);
+  if (text.size() > kWholeBatch) return RunParts(text, listener);
   ReadTemplate(text, template_);
   const PreparedBatchPtr batch = cache_.Get(text, template_);
-  BatchRunner runner(session_, messages_);
+  BatchRunner runner(session_, messages_, listener);
   runner.Run(*batch, template_.literals);
   return ResultOf(runner);
 }
 
-RecordsetRef EmbeddedConnection::ExecuteParts(std::string_view text) {
+RecordsetRef EmbeddedConnection::RunParts(std::string_view text, BatchListener* listener) {
   struct Part {
     PreparedBatchPtr batch;
     std::size_t first_literal;
@@ -38,7 +38,7 @@ RecordsetRef EmbeddedConnection::ExecuteParts(std::string_view text) {
     reads_only = reads_only && parts.back().batch->reads_only;
   }
   session_.NeedTransaction(reads_only);
-  BatchRunner runner(session_, messages_);
+  BatchRunner runner(session_, messages_, listener);
   for (const Part& part : parts) {
     if (!runner.Run(*part.batch, std::span(literals).subspan(part.first_literal, part.literal_count))) break;
   }

@@ -11,7 +11,8 @@ class EmbeddedConnection : public Connection {
  public:
   EmbeddedConnection(DatabaseHandle database, Text path) : session_(std::move(database), std::move(path)) {}
 
-  RecordsetRef Execute(std::string_view text) override;
+  RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
+  void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
   std::vector<Text> TakeMessages() override { return std::exchange(messages_, {}); }
   void BeginWork() override { session_.BeginWork(); }
   void CommitWork() override { session_.CommitWork(); }
@@ -21,7 +22,8 @@ class EmbeddedConnection : public Connection {
   // A text longer than this is looked up statement by statement: a long batch seldom comes twice, its statements do.
   static constexpr std::size_t kWholeBatch = 2048;
 
-  RecordsetRef ExecuteParts(std::string_view text);
+  RecordsetRef Run(std::string_view text, BatchListener* listener);
+  RecordsetRef RunParts(std::string_view text, BatchListener* listener);
 
   Session session_;
   BatchCache cache_;

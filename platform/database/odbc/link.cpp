@@ -205,7 +205,16 @@ bool Link::IsDead() const {
   return SQL_SUCCEEDED(outcome) && dead == SQL_CD_TRUE;
 }
 
-Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits) {
+namespace {
+
+void TellCount(const Statement& statement, BatchListener& listener) {
+  SQLLEN count = -1;  // as drivers tell of a statement that counts none
+  if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &count)) && count >= 0) listener.Affected(count);
+}
+
+}  // namespace
+
+Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits, BatchListener* listener) {
   characters_->Sending(text);
   if (is_sql_server_) {
     nested_ = nested_ || traits.begins_transaction;
@@ -218,14 +227,21 @@ Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits) {
   Ref<RowSet> first;
   std::exception_ptr refusal;
   const auto take = [&](SQLRETURN outcome) {
-    if (outcome == SQL_NO_DATA) return;
-    odbc::Check(statement, outcome);
-    if (ColumnCount(statement) == 0) return;
-    if (first) {
-      SkipRows(statement);
-    } else {
-      first = ReadRows(statement);
+    if (outcome == SQL_NO_DATA) {  // a change that found no rows
+      if (listener != nullptr) listener->Affected(0);
+      return;
     }
+    odbc::Check(statement, outcome);
+    if (ColumnCount(statement) == 0) {
+      if (listener != nullptr) TellCount(statement, *listener);
+      return;
+    }
+    if (first && listener == nullptr) return SkipRows(statement);
+    const Ref<RowSet> rows = ReadRows(statement);
+    if (!first) first = rows;
+    if (listener == nullptr) return;
+    characters_->Received(*rows);
+    listener->Rows(OpenRecordset(rows));
   };
   const std::u16string wide = ToWide(text);
   SQLRETURN outcome = SQLExecDirectW(statement.get(), ToSql(wide), static_cast<SQLINTEGER>(wide.size()));

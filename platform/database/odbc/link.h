@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/database/connection.h"
 #include "platform/database/odbc/character_check.h"
 #include "platform/database/odbc/handle.h"
 #include "platform/database/odbc/statement_words.h"
@@ -40,9 +41,10 @@ class Link {
   // snapshot, and stand in nobody's way.
   bool LocksWhatItReads() const { return is_sql_server_; }
 
-  // Runs the text, every statement of it, also behind one that is refused. Gives the first row set, or null; raises the
-  // error of the first statement that is refused.
-  Ref<RowSet> Run(std::string_view text, const StatementTraits& traits);
+  // Runs the text, every statement of it, also behind one that is refused. Gives the first row set, or null, and tells
+  // `listener`, where there is one, of all row sets and counts; raises the error of the first statement that is
+  // refused.
+  Ref<RowSet> Run(std::string_view text, const StatementTraits& traits, BatchListener* listener = nullptr);
 
   // Makes the statements from now on part of one transaction.
   void BeginTransaction();

@@ -35,23 +35,8 @@ class OdbcConnection : public Connection {
       : settings_(odbc::Settings::Parse(connection_text)), link_(std::make_unique<odbc::Link>(settings_)) {}
   ~OdbcConnection() override { RollbackWork(); }
 
-  RecordsetRef Execute(std::string_view text) override {
-    if (unit_ == Unit::Lost) ThrowLost();
-    const odbc::StatementTraits traits = odbc::TraitsOf(text);
-    const bool may_run_twice = NothingIsDone(traits);
-    const bool was_open = link_ != nullptr;
-    Ref<RowSet> rows;
-    try {
-      rows = Perform(text, traits);
-    } catch (const Error& error) {
-      if (error.number != database_error::kConnection) throw;
-      // The server closed the connection while it was idle. What a transaction may have begun there is undone.
-      if (!was_open || link_ || !may_run_twice) throw;
-      if (unit_ == Unit::Lost) unit_ = Unit::Ready;
-      rows = Perform(text, traits);
-    }
-    return rows ? OpenRecordset(rows) : nullptr;
-  }
+  RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
+  void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
 
   void BeginWork() override {
     RollbackWork();
@@ -104,11 +89,29 @@ class OdbcConnection : public Connection {
                              : unit_ == Unit::Ready && !traits.ends_transaction;
   }
 
+  RecordsetRef Run(std::string_view text, BatchListener* listener) {
+    if (unit_ == Unit::Lost) ThrowLost();
+    const odbc::StatementTraits traits = odbc::TraitsOf(text);
+    const bool may_run_twice = NothingIsDone(traits);
+    const bool was_open = link_ != nullptr;
+    Ref<RowSet> rows;
+    try {
+      rows = Perform(text, traits, listener);
+    } catch (const Error& error) {
+      if (error.number != database_error::kConnection) throw;
+      // The server closed the connection while it was idle. What a transaction may have begun there is undone.
+      if (!was_open || link_ || !may_run_twice) throw;
+      if (unit_ == Unit::Lost) unit_ = Unit::Ready;
+      rows = Perform(text, traits, listener);
+    }
+    return rows ? OpenRecordset(rows) : nullptr;
+  }
+
   void NeedLink() {
     if (!link_) link_ = std::make_unique<odbc::Link>(settings_);
   }
 
-  Ref<RowSet> Perform(std::string_view text, const odbc::StatementTraits& traits) {
+  Ref<RowSet> Perform(std::string_view text, const odbc::StatementTraits& traits, BatchListener* listener) {
     NeedLink();
     try {
       const bool reads =
@@ -118,7 +121,7 @@ class OdbcConnection : public Connection {
       } else if (unit_ == Unit::Ready || unit_ == Unit::Reads) {
         Begin();
       }
-      const Ref<RowSet> rows = link_->Run(text, traits);
+      const Ref<RowSet> rows = link_->Run(text, traits, listener);
       work_stands_ = true;
       if (reads) reads_.push_back({Text(text), rows});
       if (unit_ == Unit::Begun && link_->TextEndedTransaction()) BeginAnew();
