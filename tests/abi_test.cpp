@@ -6,6 +6,7 @@
 
 #include "platform/database/connect.h"
 #include "platform/login/login_components.h"
+#include "platform/login_standins/login_standins.h"
 #include "tests/abi_kit.h"
 
 namespace rebate {
