@@ -71,7 +71,7 @@ Json LoadForm(Account& account, Long id) {
   const bool found = ToBoolean(account.CallByRef("ViewSchemeData", view));
   if (!found && account.refusal()) account.ThrowFailure({});
   const std::optional<SchemeHead> head = FindScheme(account, id);
-  if (!found || !head) {
+  if (!found || !head || !head->is_form) {
     const Text name = "Scheme " + std::to_string(id);
     throw Error(error_number::kInvalidCall, "rebate",
                 name + (head ? " was not saved as a form; `rebate show` shows it" : " does not exist"));

@@ -36,6 +36,7 @@ void List(const ListOptions& options, Tool& tool) {
     AddAll(MatchingSchemes(account, RequestOf(options, rebate_class)), *schemes);
   }
   PrintSchemes(*schemes, options.json, tool);
+  TellUnlisted(account, tool);
 }
 
 }  // namespace

@@ -17,10 +17,11 @@ struct Tool {
   std::size_t width = 0;  // columns of the terminal that `out` is, 0 where it is none
   bool progress = false;  // whether `err` is a terminal, on which progress may be shown
   bool asks = false;      // whether `in` and `out` are a terminal, on which a question can be asked
-  int status = 0;         // 1 once something was refused or failed
+  int status = 0;         // 1 once something was refused or failed, 3 where the answer to a question is no
 };
 
-// Runs the command line and gives the exit status: 0 done, 1 refused or failed with the reason on `err`, 2 wrong usage.
+// Runs the command line and gives the exit status: 0 done, 1 refused or failed with the reason on `err`, 2 wrong usage,
+// 3 where the answer to a question is no.
 int RunTool(int argc, const char* const* argv, Tool& tool);
 
 // Each adds one verb. A verb raises where it fails; `app` and `tool` outlive the run.

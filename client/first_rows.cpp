@@ -1,0 +1,33 @@
+#include "client/first_rows.h"
+
+#include <ostream>
+
+#include "client/account.h"
+#include "client/tool.h"
+
+namespace rebate {
+namespace {
+
+constexpr Long kFirstUser = 1;
+
+bool IsEmpty(const Account& account, std::string_view table) {
+  return account.QueryNumber("select count(*) from " + Text(table)) == 0;
+}
+
+}  // namespace
+
+// Both statements ask again: another process may make the rows at the same time.
+void MakeFirstRows(Account& account, Tool& tool) {
+  if (account.app_user() == kFirstUser && IsEmpty(account, "t_User")) {
+    account.Change(
+        {"if not exists (select 1 from t_User) insert into t_User (FUserID, FName) values (1, N'Administrator')"});
+    tool.err << "The account had no user: made user 1, Administrator.\n";
+  }
+  if (IsEmpty(account, "t_ItemClass")) {
+    account.Change(
+        {"if not exists (select 1 from t_ItemClass) insert into t_ItemClass (FItemClassID, FName) values "
+         "(1, N'客户'), (3, N'职员'), (4, N'商品'), (8, N'供应商')"});
+  }
+}
+
+}  // namespace rebate
