@@ -50,8 +50,8 @@ class FormCheck {
   const char* SubjectKey() const { return by_total_ ? "FOrgID" : "FItemID"; }
 
   std::optional<SchemeHead> CheckHead() {
-    if (TrimWhite(form_["SchemeName"].get<Text>()).empty()) findings_.Refuse("SchemeName", "the name is empty");
     const Long id = form_.contains("SchemeID") ? IntegerOf(form_["SchemeID"]) : 0;
+    CheckName(id);
     if (id == 0) return std::nullopt;
     std::optional<SchemeHead> replaced = FindScheme(account_, id);
     if (!replaced) {
@@ -60,6 +60,16 @@ class FormCheck {
       findings_.Refuse("SchemeID", SchemeText(*replaced) + " was not saved as a form; `rebate save` replaces it");
     }
     return replaced;
+  }
+
+  // The operation finds the stored head by its name: one that is taken would let it write over the other scheme's
+  // rates.
+  void CheckName(Long id) {
+    const Text name = form_["SchemeName"].get<Text>();
+    if (TrimWhite(name).empty()) findings_.Refuse("SchemeName", "the name is empty");
+    const bool taken = ToBoolean(account_.Call("ExistsSchemeName", {id, name}));
+    if (account_.refusal()) account_.ThrowFailure({});
+    if (taken) findings_.Refuse("SchemeName", "another scheme bears the name " + name);
   }
 
   bool CheckType() {

@@ -3,13 +3,13 @@
 #include <nlohmann/json.hpp>
 
 #include "calls/json_values.h"
-#include "client/account.h"
 #include "client/findings.h"
 #include "client/first_rows.h"
 #include "client/form_file.h"
 #include "client/form_sense.h"
 #include "client/form_view.h"
 #include "client/json_file.h"
+#include "client/save_files.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_remains.h"
 #include "client/scheme_sense.h"
@@ -19,11 +19,6 @@
 namespace rebate {
 namespace {
 
-struct FormSaveOptions : AccountOptions {
-  Text file;
-  bool strict = false;
-};
-
 struct FormShowOptions : AccountOptions {
   Long id = 0;
 };
@@ -31,14 +26,6 @@ struct FormShowOptions : AccountOptions {
 // The form's argument, `otherwise` where it is left out.
 Variant ArgumentOf(const Json& form, const char* key, const Variant& otherwise) {
   return form.contains(key) ? FromJson(form[key], key) : otherwise;
-}
-
-// A name that is taken would let the save write over the other scheme's rates.
-void CheckName(Account& account, Long id, const Text& name) {
-  if (ToBoolean(account.Call("ExistsSchemeName", {id, name}))) {
-    throw Error(error_number::kInvalidCall, "rebate", "Another scheme bears the name " + name);
-  }
-  if (account.refusal()) account.ThrowFailure({});
 }
 
 // The operation stores a form disabled and leaves the rows of the one that it replaces.
@@ -56,7 +43,7 @@ void FinishReplacing(Account& account, const SchemeHead& replaced, const std::op
   }
 }
 
-void TellStored(const FormSaveOptions& options, const Text& name, const std::optional<Long>& id,
+void TellStored(const SaveOptions& options, const Text& name, const std::optional<Long>& id,
                 const std::optional<SchemeHead>& replaced, Tool& tool) {
   if (options.json) {
     Json answer = {{"saved", true}, {"SchemeID", id ? Json(*id) : Json()}};
@@ -73,7 +60,9 @@ void TellStored(const FormSaveOptions& options, const Text& name, const std::opt
   tool.out << ".\n";
 }
 
-void SaveForm(const FormSaveOptions& options, Tool& tool) {
+}  // namespace
+
+void SaveFormFile(const SaveOptions& options, Tool& tool) {
   Json form = ReadJsonFile(options.file);
   if (ReportProblems(options.file, FormProblems(form), tool)) return;
   form = PlainObject(form, FormKeys());
@@ -84,7 +73,6 @@ void SaveForm(const FormSaveOptions& options, Tool& tool) {
   if (IsRefused(options.file, findings, options.strict, tool)) return;
   const Text name = form["SchemeName"].get<Text>();
   const Long type = ToLong(ArgumentOf(form, "lRebateType", 0));
-  CheckName(account, replaced ? replaced->id : 0, name);
   MakeFirstRows(account, tool);
   const Variant saved =
       account.Call("SaveSchemeData", {replaced ? replaced->id : 0, name, type, ArgumentOf(form, "lRebateMode", 0),
@@ -95,6 +83,8 @@ void SaveForm(const FormSaveOptions& options, Tool& tool) {
   if (replaced) FinishReplacing(account, *replaced, id);
   TellStored(options, name, id, replaced, tool);
 }
+
+namespace {
 
 void ShowForm(const FormShowOptions& options, Tool& tool) {
   Account account(options.dsn);
@@ -107,7 +97,7 @@ void ShowForm(const FormShowOptions& options, Tool& tool) {
 }
 
 void AddSave(CLI::App& form, Tool& tool) {
-  auto options = std::make_shared<FormSaveOptions>();
+  auto options = std::make_shared<SaveOptions>();
   CLI::App* verb = form.add_subcommand("save", "Save the form of a file in the place of the scheme that it names");
   verb->add_option("FILE", options->file, "The form, one JSON object; see examples/form.json")->required();
   verb->add_flag("--strict", options->strict, "Refuse what is only odd, too");
@@ -119,7 +109,7 @@ void AddSave(CLI::App& form, Tool& tool) {
       "rule\n"
       "covers its items is not looked at: `rebate check` tells.\n"
       "Example: rebate form save examples/form.json --dsn shop.db");
-  verb->callback([options, &tool] { SaveForm(*options, tool); });
+  verb->callback([options, &tool] { SaveFormFile(*options, tool); });
 }
 
 void AddShow(CLI::App& form, Tool& tool) {

@@ -127,7 +127,7 @@ class RatesCheck {
   // A rate of what the grid doesn't hold is stored, and never seen.
   void CheckSelected(const Json& row, const Text& place) {
     const char* key = kind_.by_goods ? "FItemID" : "FOrgID";
-    if (target_.rest || !row.contains(key) || !row[key].is_number()) return;
+    if (target_.rest || !Names(row, key) || !row[key].is_number()) return;
     Text query =
         "select FItemID from t_ItemSelect where FClassTypeID=" + TypeText() + " and FItemID=" + row[key].dump();
     if (kind_.by_goods && row.contains("FOrgID")) query += " and FOrgID=" + row["FOrgID"].dump();

@@ -3,13 +3,13 @@
 #include <nlohmann/json.hpp>
 
 #include "calls/json_values.h"
-#include "client/account.h"
 #include "client/findings.h"
 #include "client/first_rows.h"
 #include "client/json_file.h"
 #include "client/rebate_classes.h"
 #include "client/request_check.h"
 #include "client/row_tables.h"
+#include "client/save_files.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_sense.h"
 #include "client/tool.h"
@@ -19,12 +19,7 @@
 namespace rebate {
 namespace {
 
-struct SaveOptions : AccountOptions {
-  Text file;
-  bool strict = false;
-};
-
-struct SaveRequestFile {
+struct RequestFile {
   Json request;
   std::optional<SchemeHead> replaced;
 };
@@ -79,8 +74,8 @@ Json AnswerOf(const Ref<Dictionary>& answer, const std::optional<Long>& id) {
 }
 
 // The request of a file, plain and looked through, with the scheme that it replaces. Nothing where it is refused.
-std::optional<SaveRequestFile> ReadRequest(Account& account, const SaveOptions& options, Tool& tool) {
-  SaveRequestFile file;
+std::optional<RequestFile> ReadRequest(Account& account, const SaveOptions& options, Tool& tool) {
+  RequestFile file;
   file.request = ReadJsonFile(options.file);
   if (ReportProblems(options.file, RequestProblems(file.request), tool)) return std::nullopt;
   file.request = PlainObject(file.request, RequestKeys());
@@ -91,9 +86,11 @@ std::optional<SaveRequestFile> ReadRequest(Account& account, const SaveOptions& 
   return file;
 }
 
-void Save(const SaveOptions& options, Tool& tool) {
+}  // namespace
+
+void SaveRequestFile(const SaveOptions& options, Tool& tool) {
   Account account(options.dsn);
-  const std::optional<SaveRequestFile> file = ReadRequest(account, options, tool);
+  const std::optional<RequestFile> file = ReadRequest(account, options, tool);
   if (!file) return;
   MakeFirstRows(account, tool);
   const Ref<Dictionary> type = TypeRowOf(account, file->request);
@@ -116,8 +113,6 @@ void Save(const SaveOptions& options, Tool& tool) {
   }
 }
 
-}  // namespace
-
 void AddSaveVerb(CLI::App& app, Tool& tool) {
   auto options = std::make_shared<SaveOptions>();
   CLI::App* verb = app.add_subcommand("save", "Save the scheme of a request file, unless it overlaps with another one");
@@ -130,7 +125,7 @@ void AddSaveVerb(CLI::App& app, Tool& tool) {
       "FSchemeID the stored scheme that is replaced, under a new id; it stays disabled where it was. Organisations,\n"
       "goods and units may be named by their numbers. What `rebate show ID --json` prints, save takes.\n"
       "Example: rebate save examples/supplier_total.json --dsn shop.db");
-  verb->callback([options, &tool] { Save(*options, tool); });
+  verb->callback([options, &tool] { SaveRequestFile(*options, tool); });
 }
 
 }  // namespace rebate

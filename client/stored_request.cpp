@@ -130,4 +130,12 @@ Json StoredRequest(Account& account, const SchemeHead& head, const Dictionary& s
       {"AllGridRows", rows.ToJson()}};
 }
 
+Json LoadRequest(Account& account, const SchemeHead& head) {
+  const auto scheme = New<Dictionary>();
+  if (!ToBoolean(account.Call("LoadSchemeRowData", {head.id, scheme}))) {
+    account.ThrowFailure("Scheme " + std::to_string(head.id) + " can't be read whole");
+  }
+  return StoredRequest(account, head, *scheme);
+}
+
 }  // namespace rebate

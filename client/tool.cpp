@@ -30,6 +30,7 @@ int RunTool(int argc, const char* const* argv, Tool& tool) {
   AddTypesVerb(app, tool);
   AddSaveVerb(app, tool);
   AddShowVerb(app, tool);
+  AddEditVerb(app, tool);
   AddListVerb(app, tool);
   AddEnableVerb(app, tool);
   AddDisableVerb(app, tool);

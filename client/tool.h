@@ -30,6 +30,7 @@ void AddSqlVerb(CLI::App& app, Tool& tool);
 void AddTypesVerb(CLI::App& app, Tool& tool);
 void AddSaveVerb(CLI::App& app, Tool& tool);
 void AddShowVerb(CLI::App& app, Tool& tool);
+void AddEditVerb(CLI::App& app, Tool& tool);
 void AddListVerb(CLI::App& app, Tool& tool);
 void AddEnableVerb(CLI::App& app, Tool& tool);
 void AddDisableVerb(CLI::App& app, Tool& tool);

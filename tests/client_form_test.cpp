@@ -92,7 +92,7 @@ TEST_F(ClientForm, ATakenNameIsRefused) {
   SaveForm(ExampleForm());
   const Outcome refused = SaveForm(ExampleForm());
   EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(Holds(refused.err, "Another scheme bears the name 饮料按金额返利")) << refused.err;
+  EXPECT_TRUE(Holds(refused.err, "SchemeName: another scheme bears the name 饮料按金额返利")) << refused.err;
   EXPECT_EQ(Run({"name-taken", "饮料按金额返利"}).status, 0);
   EXPECT_EQ(Run({"name-taken", "饮料"}).status, 3);
   EXPECT_EQ(Run({"name-taken", "饮料按金额返利"}).out, "Yes, another scheme bears the name 饮料按金额返利.\n");

@@ -1,3 +1,5 @@
+#include <cstdlib>
+#include <filesystem>
 #include <set>
 
 #include "client/json_file.h"
@@ -105,6 +107,32 @@ TEST_F(ClientLife, ASchemeInThePlaceOfADisabledOneStaysDisabled) {
             "Stored 洗护商品采购返利 as scheme 3 in the place of scheme 1, disabled as that was.\n");
   EXPECT_EQ(Enabled(), "2 ");
 }
+
+#ifndef _WIN32
+TEST_F(ClientLife, ASchemeIsEditedInItsPlace) {
+  unsetenv("VISUAL");
+  const auto edit = [&](const char* editor, const Text& id) {
+    setenv("EDITOR", editor, 1);
+    return Run({"edit", id});
+  };
+  EXPECT_EQ(edit("true", "1").out, "Nothing was changed.\n");
+  EXPECT_EQ(edit("sed -i s/洗护/日化/", "1").out, "Stored 日化商品采购返利 as scheme 3 in the place of scheme 1.\n");
+  EXPECT_EQ(Enabled(), "2 3 ");
+  EXPECT_EQ(edit("true", "1").err, "rebate: There is no scheme 1; nothing was changed\n");
+  for (const char* wrong : {"sed -i s/801/899/", "sed -i s/{//", "false"}) {
+    const Outcome refused = edit(wrong, "3");
+    EXPECT_EQ(refused.status, 1) << wrong;
+    const std::size_t draft = refused.err.find("draft is ");
+    ASSERT_NE(draft, Text::npos) << refused.err;
+    const std::size_t end = refused.err.find(".json", draft);
+    const Text path = refused.err.substr(draft + 9, end + 5 - draft - 9);
+    EXPECT_TRUE(std::filesystem::remove(files::ToPath(path))) << path;
+  }
+  EXPECT_EQ(Enabled(), "2 3 ");
+  unsetenv("EDITOR");
+  EXPECT_TRUE(Holds(Run({"edit", "3"}).err, "EDITOR names no editor"));
+}
+#endif
 
 TEST_F(ClientLife, ForbiddenSchemesStandInOneRowEach) {
   Sql("insert into t_FL_AllOrgs (FSchemeID, FRowID, FItemClassID, FItemID) values (1, 1, 8, 802), (1, 1, 8, 0)");
