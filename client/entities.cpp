@@ -8,14 +8,12 @@
 namespace rebate {
 namespace {
 
-constexpr Long kEmployees = 3;
-
 // The table in which the entities of a class stand beside t_Item; empty where they don't.
 std::string_view TableOf(Long item_class) {
   switch (item_class) {
     case item_class::kCustomers:
       return "t_Organization";
-    case kEmployees:
+    case item_class::kEmployees:
       return "t_Emp";
     case item_class::kGoods:
       return "t_ICItem";
@@ -99,7 +97,7 @@ std::string_view KindOf(Long item_class) {
   switch (item_class) {
     case item_class::kCustomers:
       return "customer";
-    case kEmployees:
+    case item_class::kEmployees:
       return "employee";
     case item_class::kGoods:
       return "goods item";

@@ -14,8 +14,6 @@
 namespace rebate {
 namespace {
 
-constexpr Long kEmployees = 3;
-
 Text TextOf(const Json& value) {
   return value.is_string() ? value.get<Text>() : value.dump();
 }
@@ -77,7 +75,7 @@ std::vector<Long> OrganisationClasses(const Dictionary& type) {
     case rebate_class::kSales:
       return {item_class::kCustomers};
     default:
-      return {kEmployees, item_class::kCustomers};
+      return {item_class::kEmployees, item_class::kCustomers};
   }
 }
 

@@ -30,4 +30,13 @@ void MakeFirstRows(Account& account, Tool& tool) {
   }
 }
 
+void CheckUser(Account& account, const Text& place, Findings& findings) {
+  const Text user = std::to_string(account.app_user());
+  if (account.QueryNumber("select FUserID from t_User where FUserID=" + user)) return;
+  // The first save makes the first user.
+  if (account.app_user() == kFirstUser && IsEmpty(account, "t_User")) return;
+  findings.Tell(place, "t_User holds no user " + user +
+                           ", as whom you are logged in: `rebate list` leaves out what such a user stores");
+}
+
 }  // namespace rebate

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "client/findings.h"
+
 namespace rebate {
 
 class Account;
@@ -9,5 +11,8 @@ struct Tool;
 // where it has no item classes, those of customers, employees, goods and suppliers. Tells on standard error what it
 // made. An account that has some of its own is left alone. Raises where they can't be written.
 void MakeFirstRows(Account& account, Tool& tool);
+
+// Tells, in the place given, if nobody stands for the logged-in user: lists leave out what such a user stored.
+void CheckUser(Account& account, const Text& place, Findings& findings);
 
 }  // namespace rebate

@@ -12,7 +12,6 @@
 #include "client/save_files.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_remains.h"
-#include "client/scheme_sense.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 
@@ -92,7 +91,7 @@ void ShowForm(const FormShowOptions& options, Tool& tool) {
   if (options.json) {
     tool.out << JsonLine(form) << '\n';
   } else {
-    PrintForm(form, tool.out, tool.width);
+    PrintForm(form, FindSchemes(account, {options.id}).front().enabled, tool.out, tool.width);
   }
 }
 

@@ -87,10 +87,11 @@ Json LoadForm(Account& account, Long id) {
           {"Note", ToJson(view[kNote])}};
 }
 
-void PrintForm(const Json& form, std::ostream& out, std::size_t width) {
+void PrintForm(const Json& form, bool enabled, std::ostream& out, std::size_t width) {
   PrintFields({{"Scheme", TextOf(form, "SchemeID") + "  " + TextOf(form, "SchemeName")},
                {"Type", TextOf(form, "lRebateType")},
                {"Mode", TextOf(form, "lRebateMode")},
+               {"Enabled", enabled ? "yes" : "no"},
                {"Organisations", TextOf(form, "sOrg")},
                {"Note", TextOf(form, "Note")}},
               out);

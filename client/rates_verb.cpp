@@ -12,6 +12,7 @@
 #include "client/rate_grid.h"
 #include "client/rate_ranges.h"
 #include "client/rate_rows.h"
+#include "client/rate_sense.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"

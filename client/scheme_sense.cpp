@@ -235,13 +235,4 @@ std::optional<SchemeHead> CheckScheme(Account& account, Json& request, Findings&
   return SchemeCheck(account, request, findings).Run();
 }
 
-void CheckUser(Account& account, const Text& place, Findings& findings) {
-  const Text user = std::to_string(account.app_user());
-  if (account.QueryNumber("select FUserID from t_User where FUserID=" + user)) return;
-  // The first save makes the first user.
-  if (account.app_user() == 1 && account.QueryNumber("select count(*) from t_User") == 0) return;
-  findings.Tell(place, "t_User holds no user " + user +
-                           ", as whom you are logged in: `rebate list` leaves out what such a user stores");
-}
-
 }  // namespace rebate

@@ -14,7 +14,4 @@ namespace rebate {
 // can't tell.
 std::optional<SchemeHead> CheckScheme(Account& account, Json& request, Findings& findings);
 
-// Tells, in the place given, if nobody stands for the logged-in user: lists leave out what such a user stored.
-void CheckUser(Account& account, const Text& place, Findings& findings);
-
 }  // namespace rebate

@@ -19,19 +19,19 @@ struct ShowOptions : AccountOptions {
   Long id = 0;
 };
 
-void ShowForm(Account& account, const ShowOptions& options, Tool& tool) {
+void ShowForm(Account& account, const ShowOptions& options, bool enabled, Tool& tool) {
   const Json form = LoadForm(account, options.id);
   if (options.json) {
     tool.out << JsonLine(form) << '\n';
   } else {
-    PrintForm(form, tool.out, tool.width);
+    PrintForm(form, enabled, tool.out, tool.width);
   }
 }
 
 void Show(const ShowOptions& options, Tool& tool) {
   Account account(options.dsn);
   const std::optional<SchemeHead> head = FindScheme(account, options.id);
-  if (head && head->is_form) return ShowForm(account, options, tool);
+  if (head && head->is_form) return ShowForm(account, options, head->enabled, tool);
   const auto scheme = New<Dictionary>();
   if (!ToBoolean(account.Call("LoadSchemeRowData", {options.id, scheme}))) {
     const Text name = "Scheme " + std::to_string(options.id);
