@@ -13,7 +13,6 @@
 namespace rebate {
 namespace {
 
-constexpr std::size_t kMostProblems = 10;
 constexpr double kAmountLimit = 1e15;
 
 bool IsId(const Json& value) {
@@ -74,12 +73,7 @@ void ShapeCheck::CheckObject(const Json& object, std::span<const KeyRule> rules,
 }
 
 void ShapeCheck::Report(Text problem) {
-  if (problems_.size() < kMostProblems) {
-    problems_.push_back(std::move(problem));
-    return;
-  }
-  if (more_++ > 0) problems_.pop_back();
-  problems_.push_back("and " + std::to_string(more_) + " more");
+  problems_.push_back(std::move(problem));
 }
 
 void ShapeCheck::CheckValue(const Json& value, const KeyRule& rule, const Text& place) {

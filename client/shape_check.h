@@ -30,8 +30,7 @@ struct KeyRule {
 constexpr bool kOptional = false;
 
 // Collects what is wrong with the shape of a value, each problem with its place, such as
-// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1; behind ten, a line tells how many more there
-// are.
+// `AllGridRows[2].FItemIDs[1].FItemID is missing`, rows counted from 1.
 class ShapeCheck {
  public:
   // Checks the keys of `object`, which stands at `path`, empty for the whole value; a key without a rule is a problem
@@ -50,7 +49,6 @@ class ShapeCheck {
   void Expect(std::string_view what, const Json& value, const Text& place);
 
   std::vector<Text> problems_;
-  std::size_t more_ = 0;
 };
 
 // A value whose shape is right, as the component's operations read it as it is meant: amounts without commas, ids as

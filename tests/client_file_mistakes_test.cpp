@@ -16,9 +16,9 @@ struct Mistake {
 };
 
 // Stored schemes: 1 by goods, 2 a form.
-class ClientMistakes : public ToolTest {
+class ClientFileMistakes : public ToolTest {
  protected:
-  ClientMistakes() {
+  ClientFileMistakes() {
     EXPECT_EQ(Save("supplier_goods").substr(0, 1), "0");
     EXPECT_EQ(Run({"form", "save", Example("form")}).status, 0);
     EXPECT_EQ(Run({"ranges", "2040", "--set", Example("ranges")}).status, 0);
@@ -151,7 +151,7 @@ const Mistake kOdd[] = {
     {"rates", "/0/FOrgID", "\"S001\"", "rows[1].FOrgID: supplier 801 isn't selected"},
 };
 
-TEST_F(ClientMistakes, WhatCannotBeRightIsRefusedWithItsPlace) {
+TEST_F(ClientFileMistakes, WhatCannotBeRightIsRefusedWithItsPlace) {
   const Text before = Stored();
   for (const Mistake& mistake : kImpossible) {
     const Outcome refused = Make(mistake, false);
@@ -163,7 +163,7 @@ TEST_F(ClientMistakes, WhatCannotBeRightIsRefusedWithItsPlace) {
   EXPECT_EQ(Stored(), before);
 }
 
-TEST_F(ClientMistakes, WhatIsOddIsToldAndRefusedOnRequest) {
+TEST_F(ClientFileMistakes, WhatIsOddIsToldAndRefusedOnRequest) {
   for (const Mistake& mistake : kOdd) {
     const Text before = Stored();
     const Outcome strict = Make(mistake, true);
@@ -173,14 +173,14 @@ TEST_F(ClientMistakes, WhatIsOddIsToldAndRefusedOnRequest) {
   }
 }
 
-TEST_F(ClientMistakes, WhatIsOddIsStored) {
+TEST_F(ClientFileMistakes, WhatIsOddIsStored) {
   const Outcome stored = Make({"goods", "/AllOrgsData/0/FItemID", "\"S008\"", ""}, false);
   EXPECT_EQ(stored.status, 0) << stored.err;
   EXPECT_TRUE(Holds(stored.err, "note: AllOrgsData[1].FItemID")) << stored.err;
   EXPECT_EQ(stored.out, "Stored 新 as scheme 3.\n");
 }
 
-TEST_F(ClientMistakes, AmountsAreReadAsTheyAreMeant) {
+TEST_F(ClientFileMistakes, AmountsAreReadAsTheyAreMeant) {
   Json request = RightFile("total");
   request["AllRangesData"] = ParseJson(R"([{"FLowerLimit":"0","FUpperLimit":"100,000"},
       {"FLowerLimit":{"$":"decimal","value":"100,000.00"},"FUpperLimit":9999999999}])");
@@ -193,7 +193,7 @@ TEST_F(ClientMistakes, AmountsAreReadAsTheyAreMeant) {
   EXPECT_EQ(shown["AllGridRows"][0]["FRebateRates"][0]["FRebateRate"], 1.5);
 }
 
-TEST_F(ClientMistakes, AShownSchemeIsSavedAgainAsItWas) {
+TEST_F(ClientFileMistakes, AShownSchemeIsSavedAgainAsItWas) {
   Json request = RightFile("goods");
   request["AllOrgsData"] =
       ParseJson(R"([{"FRowID":0,"FItemClassID":8,"FItemID":"S002","FShowName":"甲","CheckPoints":{"805":null}},
@@ -208,7 +208,7 @@ TEST_F(ClientMistakes, AShownSchemeIsSavedAgainAsItWas) {
   EXPECT_EQ(RunJson({"show", "4"}), shown);
 }
 
-TEST_F(ClientMistakes, EveryKeyOfARequestIsExplained) {
+TEST_F(ClientFileMistakes, EveryKeyOfARequestIsExplained) {
   const auto explained = [](const auto& self, std::span<const KeyRule> rules) -> void {
     for (const KeyRule& rule : rules) {
       EXPECT_FALSE(rule.about.empty()) << rule.key;
