@@ -5,6 +5,7 @@
 
 #include "calls/call_trace.h"
 #include "platform/automation/class_objects.h"
+#include "platform/automation/conversion.h"
 #include "platform/database/connect.h"
 
 namespace rebate {
@@ -40,7 +41,7 @@ void AddAccountOptions(CLI::App& verb, AccountOptions& options) {
 
 Account::Account(Text dsn) : dsn_(std::move(dsn)) {
   const DataSource source = DataSource::Parse(dsn_);
-  Connect(source);
+  connection_ = Connect(source);
   app_user_ = source.app_user;
   for (const char* manager : {"BaseInfoMgr", "RebateRuleMgr"}) {
     managers_.push_back(CreateObject(Text("TALMRebateRuleMgr.") + manager));
@@ -64,6 +65,16 @@ Variant Account::CallByRef(std::string_view operation, std::vector<Variant>& arg
   const Variant result = manager->Invoke(operation, arguments);
   arguments.erase(arguments.begin() + dsn_at);
   return result;
+}
+
+std::optional<Long> Account::QueryNumber(std::string_view text) const {
+  const RecordsetRef rows = Query(text);
+  if (rows->Eof() || rows->FieldValue(std::size_t{0}).IsNull()) return std::nullopt;
+  return ToLong(rows->FieldValue(std::size_t{0}));
+}
+
+void Account::Change(const std::vector<Text>& statements) {
+  Call("UpdateBatch", {Variant::Array({statements.begin(), statements.end()})});
 }
 
 void Account::ThrowFailure(const Text& otherwise) const {

@@ -6,6 +6,7 @@
 #include "calls/call_control.h"
 #include "platform/automation/dispatch.h"
 #include "platform/automation/error.h"
+#include "platform/database/connection.h"
 
 namespace CLI {
 class App;
@@ -33,6 +34,13 @@ class Account {
   // Likewise; behind the call `arguments` holds the by-ref ones as they then stand.
   Variant CallByRef(std::string_view operation, std::vector<Variant>& arguments);
 
+  // The rows of a query of the tool's own, outside of any operation. Raises where it is refused.
+  RecordsetRef Query(std::string_view text) const { return connection_->Execute(text); }
+  // The first value of such a query's first row as an integer, nothing where there is no row.
+  std::optional<Long> QueryNumber(std::string_view text) const;
+  // Runs statements of the tool's own as one unit of work. Raises, all of it undone, where one is refused.
+  void Change(const std::vector<Text>& statements);
+
   // The id of the user whom the data source names as logged in.
   Long app_user() const { return app_user_; }
 
@@ -45,6 +53,7 @@ class Account {
   Text dsn_;
   CallControl control_;
   Long app_user_;
+  ConnectionRef connection_;
   std::vector<ObjectRef> managers_;
   std::optional<Error> refusal_;
 };

@@ -4,7 +4,9 @@
 
 #include "calls/json_text.h"
 #include "client/account.h"
+#include "client/confirm.h"
 #include "client/scheme_lookup.h"
+#include "client/scheme_remains.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 
@@ -14,39 +16,44 @@ namespace {
 struct DeleteOptions : AccountOptions {
   std::vector<Text> lists;
   bool force = false;
+  bool yes = false;
 };
 
-Text NameOf(Long id, const std::optional<SchemeHead>& scheme) {
-  return scheme ? SchemeText(*scheme) : "scheme " + std::to_string(id);
-}
-
 // Raises, naming them, where schemes are linked.
-void CheckLinks(Account& account, const std::vector<Long>& ids) {
+void CheckLinks(Account& account, const std::vector<SchemeHead>& schemes) {
   Text linked;
-  for (const Long id : ids) {
-    if (ToBoolean(account.Call("CheckSchemeAllowDel", {std::to_string(id)}))) continue;
+  for (const SchemeHead& scheme : schemes) {
+    if (ToBoolean(account.Call("CheckSchemeAllowDel", {std::to_string(scheme.id)}))) continue;
     if (account.refusal()) account.ThrowFailure({});
-    linked += (linked.empty() ? "" : ", ") + NameOf(id, FindScheme(account, id));
+    linked += (linked.empty() ? "" : ", ") + SchemeText(scheme);
   }
   if (linked.empty()) return;
   throw Error(error_number::kInvalidCall, "rebate",
               "Nothing was deleted: " + linked + " can't be deleted, being linked; --force deletes all the same");
 }
 
+void ConfirmDeletion(const std::vector<SchemeHead>& schemes, Tool& tool) {
+  Text question =
+      schemes.size() == 1 ? "This scheme goes, with all its rows:" : "These schemes go, with all their rows:";
+  for (const SchemeHead& scheme : schemes) {
+    question += "\n  " + SchemeText(scheme) + (scheme.enabled ? ", enabled" : ", disabled");
+  }
+  Confirm(question + "\nDelete?", tool);
+}
+
 void Delete(const DeleteOptions& options, Tool& tool) {
   Account account(options.dsn);
   const std::vector<Long> ids = SchemeIds(options.lists);
-  if (!options.force) CheckLinks(account, ids);
-  Json deleted = Json::array();
-  Json missing = Json::array();
-  Text sentences;
-  for (const Long id : ids) {
-    const std::optional<SchemeHead> scheme = FindScheme(account, id);
-    (scheme ? deleted : missing).push_back(id);
-    sentences += (scheme ? "Deleted " : "There is no ") + NameOf(id, scheme) + ".\n";
-  }
+  const std::vector<SchemeHead> schemes = FindSchemes(account, ids);
+  if (!options.force) CheckLinks(account, schemes);
+  if (!options.yes) ConfirmDeletion(schemes, tool);
   if (!ToBoolean(account.Call("DelSchemeData", {IdList(ids)}))) account.ThrowFailure("The schemes can't be deleted");
-  tool.out << (options.json ? JsonLine({{"deleted", deleted}, {"missing", missing}}) + "\n" : sentences);
+  RemoveRemains(account, ids);
+  if (options.json) {
+    tool.out << JsonLine({{"deleted", ids}}) << '\n';
+    return;
+  }
+  for (const SchemeHead& scheme : schemes) tool.out << "Deleted " << SchemeText(scheme) << ".\n";
 }
 
 }  // namespace
@@ -56,8 +63,12 @@ void AddDeleteVerb(CLI::App& app, Tool& tool) {
   CLI::App* verb = app.add_subcommand("delete", "Delete schemes with all their rows, unless one of them is linked");
   AddSchemeIds(*verb, options->lists);
   verb->add_flag("--force", options->force, "Delete linked schemes, too");
+  verb->add_flag("--yes,-y", options->yes, "Go on without a question");
   AddAccountOptions(*verb, *options);
-  verb->footer("Example: rebate delete 2 3 --dsn shop.db");
+  verb->footer(
+      "Asks before it deletes; where nobody can be asked, it refuses without --yes. Where one of the schemes isn't\n"
+      "there, none is deleted.\n"
+      "Example: rebate delete 2 3 --dsn shop.db");
   verb->callback([options, &tool] { Delete(*options, tool); });
 }
 

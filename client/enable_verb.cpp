@@ -4,9 +4,9 @@
 
 #include "calls/json_text.h"
 #include "client/account.h"
+#include "client/confirm.h"
 #include "client/row_tables.h"
 #include "client/scheme_lookup.h"
-#include "client/scheme_rows.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 
@@ -31,41 +31,29 @@ Check CheckChange(Account& account, const StateOptions& options) {
   return {to_change, Replace(ToText(arguments[2]), "\r\n", "\n")};
 }
 
-bool SaysYes(Tool& tool) {
-  tool.out << " [y/N] " << std::flush;
-  Text line;
-  std::getline(tool.in, line);
-  if (line.ends_with('\r')) line.pop_back();
-  const std::string_view answer = Trim(line);
-  return EqualsIgnoreCase(answer, "y") || EqualsIgnoreCase(answer, "yes") || answer == "是";
-}
-
-// Raises where the user doesn't want the change, or can't be asked.
-void Confirm(const Text& question, Tool& tool) {
-  if (!tool.asks) {
-    throw Error(error_number::kInvalidCall, "rebate", question + "\nNothing was changed; --yes answers the question");
-  }
-  tool.out << question;
-  if (!SaysYes(tool)) throw Error(error_number::kInvalidCall, "rebate", "Nothing was changed");
-}
-
-// The enabled schemes of the same type.
+// The enabled schemes of the same type, all of which go when the scheme is enabled.
 std::vector<SchemeHead> EnabledSiblings(Account& account, Long id) {
+  const Text key = std::to_string(id);
+  const RecordsetRef rows = account.Query(
+      "select s.FSchemeID, s.FSchemeName from t_FL_SchemeList s inner join t_FL_SchemeList e on "
+      "e.FRebateType=s.FRebateType where s.FEnable=1 and e.FSchemeID=" +
+      key + " and s.FSchemeID<>" + key + " order by s.FSchemeID");
   std::vector<SchemeHead> siblings;
-  const std::optional<SchemeHead> scheme = FindScheme(account, id);
-  if (!scheme || !scheme->rebate_class) return siblings;
-  auto request = New<Dictionary>();
-  request->SetValue("RebateType", scheme->rebate_type);
-  request->SetValue("RebateClassType", *scheme->rebate_class);
-  const Ref<Vector> enabled = MatchingSchemes(account, request);
-  for (Long i = 1; i <= enabled->Size(); ++i) {
-    const auto row = ObjectAs<Dictionary>(enabled->Item(i));
+  for (; !rows->Eof(); rows->MoveNext()) {
     SchemeHead sibling;
-    sibling.id = ToLong(row->Value("FSchemeID"));
-    sibling.name = CellText(*row, "FSchemeName");
-    if (sibling.id != id) siblings.push_back(std::move(sibling));
+    sibling.id = ToLong(rows->FieldValue("FSchemeID"));
+    sibling.name = CellText(rows->FieldValue("FSchemeName"));
+    siblings.push_back(std::move(sibling));
   }
   return siblings;
+}
+
+// The system's question names one of them.
+Text QuestionOf(const Text& message, const std::vector<SchemeHead>& siblings) {
+  if (siblings.size() < 2) return message;
+  Text question = message + "\n" + std::to_string(siblings.size()) + " schemes are disabled then:";
+  for (const SchemeHead& sibling : siblings) question += "\n  " + SchemeText(sibling);
+  return question + "\nGo on?";
 }
 
 void Tell(const StateOptions& options, bool changed, const std::vector<SchemeHead>& disabled, Tool& tool) {
@@ -91,8 +79,8 @@ void ChangeState(const StateOptions& options, Tool& tool) {
   }
   std::vector<SchemeHead> siblings;
   if (!check.message.empty()) {
-    if (!options.yes) Confirm(check.message, tool);
     siblings = EnabledSiblings(account, options.id);
+    if (!options.yes) Confirm(QuestionOf(check.message, siblings), tool);
   }
   if (!ToBoolean(account.Call("EnableScheme", {options.id, options.enable}))) {
     account.ThrowFailure("Scheme " + std::to_string(options.id) + " can't be changed");

@@ -26,31 +26,25 @@ void ListForbidden(const ForbiddenOptions& options, Tool& tool) {
   Account account(options.dsn);
   const auto rows = ObjectAs<Recordset>(account.Call("GetForbidSchemeList", {options.rebate_class}));
   if (!rows && account.refusal()) account.ThrowFailure({});
-  PrintSchemes(rows ? *FoldOrganisations(*rows) : *New<Vector>(), options.json, tool);
+  const Ref<Vector> schemes = rows ? FoldOrganisations(*rows) : New<Vector>();
+  NameFormOrganisations(account, *schemes);
+  PrintSchemes(*schemes, options.json, tool);
+  TellUnlisted(account, tool);
 }
 
 void Restore(const RestoreOptions& options, Tool& tool) {
   Account account(options.dsn);
   const std::vector<Long> ids = SchemeIds(options.lists);
   Json restored = Json::array();
-  Json missing = Json::array();
   Text sentences;
-  for (const Long id : ids) {
-    const std::optional<SchemeHead> scheme = FindScheme(account, id);
-    if (!scheme) {
-      missing.push_back(id);
-      sentences += "There is no scheme " + std::to_string(id) + ".\n";
-    } else if (scheme->enabled) {
-      sentences += "Already enabled: " + SchemeText(*scheme) + ".\n";
-    } else {
-      restored.push_back(id);
-      sentences += "Restored " + SchemeText(*scheme) + ".\n";
-    }
+  for (const SchemeHead& scheme : FindSchemes(account, ids)) {
+    if (!scheme.enabled) restored.push_back(scheme.id);
+    sentences += (scheme.enabled ? "Already enabled: " : "Restored ") + SchemeText(scheme) + ".\n";
   }
   if (!ToBoolean(account.Call("UnForbidSchemeList", {IdList(ids)}))) {
     account.ThrowFailure("The schemes can't be restored");
   }
-  tool.out << (options.json ? JsonLine({{"restored", restored}, {"missing", missing}}) + "\n" : sentences);
+  tool.out << (options.json ? JsonLine({{"restored", restored}}) + "\n" : sentences);
 }
 
 }  // namespace
@@ -71,7 +65,7 @@ void AddRestoreVerb(CLI::App& app, Tool& tool) {
   CLI::App* verb = app.add_subcommand("restore", "Enable forbidden schemes, all others left alone");
   AddSchemeIds(*verb, options->lists);
   AddAccountOptions(*verb, *options);
-  verb->footer("Example: rebate restore 2 3 --dsn shop.db");
+  verb->footer("Where one of the schemes isn't there, none is enabled.\nExample: rebate restore 2 3 --dsn shop.db");
   verb->callback([options, &tool] { Restore(*options, tool); });
 }
 

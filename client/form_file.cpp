@@ -3,24 +3,30 @@
 #include <nlohmann/json.hpp>
 
 #include "calls/json_values.h"
-#include "client/shape_check.h"
 #include "platform/automation/conversion.h"
 
 namespace rebate {
 namespace {
 
-constexpr KeyRule kRange[] = {{"FLower", Shape::Amount}, {"FUpper", Shape::Amount}};
-constexpr KeyRule kRow[] = {{"FItemID", Shape::IdList, kOptional}, {"FOrgID", Shape::Id, kOptional},
-                            {"FRebateCount", Shape::Id},           {"FRebateRate", Shape::Amount},
-                            {"FUnitID", Shape::Id, kOptional},     {"FCheckItemID", Shape::IdList, kOptional}};
-constexpr KeyRule kForm[] = {{"SchemeID", Shape::Id, kOptional},
-                             {"SchemeName", Shape::Text},
-                             {"lRebateType", Shape::Id},
-                             {"lRebateMode", Shape::Id},
-                             {"sOrg", Shape::IdList, kOptional},
-                             {"vecRangeData", Shape::Rows, true, kRange},
-                             {"vecSchemeData", Shape::Rows, true, kRow},
-                             {"Note", Shape::Text, kOptional}};
+constexpr KeyRule kRange[] = {{"FLower", Shape::Amount, "where the range begins"},
+                              {"FUpper", Shape::Amount, "where it ends"}};
+constexpr KeyRule kRow[] = {
+    {"FItemID", Shape::ItemList, "goods that are counted together, in types by goods", kOptional},
+    {"FOrgID", Shape::Item, "organisation, in types by total", kOptional},
+    {"FRebateCount", Shape::Id, "position of the range, counted from 1"},
+    {"FRebateRate", Shape::Amount, "rate, in per cent or in the unit of the type"},
+    {"FUnitID", Shape::Item, "unit in which the goods are counted", kOptional},
+    {"FCheckItemID", Shape::IdList, "check items", kOptional}};
+constexpr KeyRule kForm[] = {
+    {"SchemeID", Shape::Id, "the stored form that this one replaces; 0 for a new one", kOptional},
+    {"SchemeName", Shape::Text, "name of the scheme"},
+    {"lRebateType", Shape::Id, "code of the rebate type, as `rebate types` lists it"},
+    {"lRebateMode", Shape::Id, "1 to 5 by goods, 6 and 7 by an organisation's total"},
+    {"sOrg", Shape::ItemList, "organisations whose goods they are, in types by goods; everyone's where empty",
+     kOptional},
+    {"vecRangeData", Shape::Rows, "amount ranges, in order", true, kRange},
+    {"vecSchemeData", Shape::Rows, "rates", true, kRow},
+    {"Note", Shape::Text, "note", kOptional}};
 
 bool IsGiven(const Json& row, const char* key) {
   return row.contains(key) && row[key] != "";
@@ -45,6 +51,10 @@ void CheckRows(const Json& form, ShapeCheck& check) {
 }
 
 }  // namespace
+
+std::span<const KeyRule> FormKeys() {
+  return kForm;
+}
 
 std::vector<Text> FormProblems(const Json& form) {
   ShapeCheck check;

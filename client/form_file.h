@@ -2,16 +2,15 @@
 
 #include <vector>
 
-#include "calls/json_text.h"
+#include "client/shape_check.h"
 
 namespace rebate {
 
-// What is wrong with the shape of a form (see ShapeCheck). A form is an object with
-//   SchemeName, lRebateType, lRebateMode, [SchemeID], [sOrg], [Note]
-//   vecRangeData    [{FLower, FUpper}], at least one
-//   vecSchemeData   [{[FItemID], [FOrgID], FRebateCount, FRebateRate, [FUnitID], [FCheckItemID]}], at least one
-// in which FRebateCount is the position of a range and sOrg, FItemID and FCheckItemID are lists of ids. Keys in
-// brackets may be left out, but not both of FItemID and FOrgID.
+// What may stand in a form, key by key; `rebate form save --keys` prints it. Not both of a row's FItemID and FOrgID may
+// be left out.
+std::span<const KeyRule> FormKeys();
+
+// What is wrong with the shape of a form (see ShapeCheck).
 std::vector<Text> FormProblems(const Json& form);
 
 }  // namespace rebate

@@ -3,20 +3,20 @@
 #include <nlohmann/json.hpp>
 
 #include "calls/json_values.h"
-#include "client/account.h"
+#include "client/findings.h"
+#include "client/first_rows.h"
 #include "client/form_file.h"
+#include "client/form_sense.h"
 #include "client/form_view.h"
 #include "client/json_file.h"
+#include "client/save_files.h"
 #include "client/scheme_lookup.h"
+#include "client/scheme_remains.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 
 namespace rebate {
 namespace {
-
-struct FormSaveOptions : AccountOptions {
-  Text file;
-};
 
 struct FormShowOptions : AccountOptions {
   Long id = 0;
@@ -27,34 +27,63 @@ Variant ArgumentOf(const Json& form, const char* key, const Variant& otherwise) 
   return form.contains(key) ? FromJson(form[key], key) : otherwise;
 }
 
-// A name that is taken would let the save write over the other scheme's rates.
-void CheckName(Account& account, Long id, const Text& name) {
-  if (ToBoolean(account.Call("ExistsSchemeName", {id, name}))) {
-    throw Error(error_number::kInvalidCall, "rebate", "Another scheme bears the name " + name);
+// The operation stores a form disabled and leaves the rows of the one that it replaces.
+void FinishReplacing(Account& account, const SchemeHead& replaced, const std::optional<Long>& id) {
+  std::vector<Text> also;
+  if (replaced.enabled && id) {
+    also.push_back("update t_FL_SchemeList set FEnable=1 where FSchemeID=" + std::to_string(*id));
   }
-  if (account.refusal()) account.ThrowFailure({});
+  try {
+    RemoveRemains(account, {replaced.id}, also);
+  } catch (const Error& error) {
+    throw Error(error.number, error.source,
+                "The form is stored, disabled, but the rows of " + SchemeText(replaced) +
+                    " can't be removed: " + error.description);
+  }
 }
 
-void SaveForm(const FormSaveOptions& options, Tool& tool) {
-  const Json form = ReadJsonFile(options.file);
+void TellStored(const SaveOptions& options, const Text& name, const std::optional<Long>& id,
+                const std::optional<SchemeHead>& replaced, Tool& tool) {
+  if (options.json) {
+    Json answer = {{"saved", true}, {"SchemeID", id ? Json(*id) : Json()}};
+    if (replaced) answer["replaced"] = replaced->id;
+    tool.out << JsonLine(answer) << '\n';
+    return;
+  }
+  tool.out << "Stored " << name;
+  if (id) tool.out << " as scheme " << *id;
+  if (replaced) {
+    tool.out << " in the place of scheme " << replaced->id << (replaced->enabled ? ", enabled" : ", disabled")
+             << " as that was";
+  }
+  tool.out << ".\n";
+}
+
+}  // namespace
+
+void SaveFormFile(const SaveOptions& options, Tool& tool) {
+  Json form = ReadJsonFile(options.file);
   if (ReportProblems(options.file, FormProblems(form), tool)) return;
+  form = PlainObject(form, FormKeys());
   Account account(options.dsn);
-  const Long replaced = ToLong(ArgumentOf(form, "SchemeID", 0));
+  Findings findings;
+  const std::optional<SchemeHead> replaced = CheckForm(account, form, findings);
+  CheckUser(account, "AppUser", findings);
+  if (IsRefused(options.file, findings, options.strict, tool)) return;
   const Text name = form["SchemeName"].get<Text>();
   const Long type = ToLong(ArgumentOf(form, "lRebateType", 0));
-  CheckName(account, replaced, name);
+  MakeFirstRows(account, tool);
   const Variant saved =
-      account.Call("SaveSchemeData", {replaced, name, type, ArgumentOf(form, "lRebateMode", 0),
+      account.Call("SaveSchemeData", {replaced ? replaced->id : 0, name, type, ArgumentOf(form, "lRebateMode", 0),
                                       ArgumentOf(form, "sOrg", ""), ArgumentOf(form, "vecRangeData", {}),
                                       ArgumentOf(form, "vecSchemeData", {}), ArgumentOf(form, "Note", "")});
   if (!ToBoolean(saved)) account.ThrowFailure("The form can't be saved");
   const std::optional<Long> id = NewestScheme(account, type, name);
-  if (options.json) {
-    tool.out << JsonLine({{"saved", true}, {"SchemeID", id ? Json(*id) : Json()}}) << '\n';
-  } else {
-    tool.out << "Stored " << name << (id ? " as scheme " + std::to_string(*id) : Text()) << ".\n";
-  }
+  if (replaced) FinishReplacing(account, *replaced, id);
+  TellStored(options, name, id, replaced, tool);
 }
+
+namespace {
 
 void ShowForm(const FormShowOptions& options, Tool& tool) {
   Account account(options.dsn);
@@ -62,21 +91,24 @@ void ShowForm(const FormShowOptions& options, Tool& tool) {
   if (options.json) {
     tool.out << JsonLine(form) << '\n';
   } else {
-    PrintForm(form, tool.out, tool.width);
+    PrintForm(form, FindSchemes(account, {options.id}).front().enabled, tool.out, tool.width);
   }
 }
 
 void AddSave(CLI::App& form, Tool& tool) {
-  auto options = std::make_shared<FormSaveOptions>();
+  auto options = std::make_shared<SaveOptions>();
   CLI::App* verb = form.add_subcommand("save", "Save the form of a file in the place of the scheme that it names");
   verb->add_option("FILE", options->file, "The form, one JSON object; see examples/form.json")->required();
+  verb->add_flag("--strict", options->strict, "Refuse what is only odd, too");
+  AddKeysFlag(*verb, FormKeys());
   AddAccountOptions(*verb, *options);
   verb->footer(
-      "A form is saved under a new id. It is refused where another scheme bears its name; whether another scheme's "
+      "A form is saved under a new id; one that takes the place of another is enabled or disabled as that was. It is "
+      "refused where another scheme bears its name; whether another scheme's "
       "rule\n"
       "covers its items is not looked at: `rebate check` tells.\n"
       "Example: rebate form save examples/form.json --dsn shop.db");
-  verb->callback([options, &tool] { SaveForm(*options, tool); });
+  verb->callback([options, &tool] { SaveFormFile(*options, tool); });
 }
 
 void AddShow(CLI::App& form, Tool& tool) {

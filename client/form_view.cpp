@@ -71,7 +71,7 @@ Json LoadForm(Account& account, Long id) {
   const bool found = ToBoolean(account.CallByRef("ViewSchemeData", view));
   if (!found && account.refusal()) account.ThrowFailure({});
   const std::optional<SchemeHead> head = FindScheme(account, id);
-  if (!found || !head) {
+  if (!found || !head || !head->is_form) {
     const Text name = "Scheme " + std::to_string(id);
     throw Error(error_number::kInvalidCall, "rebate",
                 name + (head ? " was not saved as a form; `rebate show` shows it" : " does not exist"));
@@ -87,10 +87,11 @@ Json LoadForm(Account& account, Long id) {
           {"Note", ToJson(view[kNote])}};
 }
 
-void PrintForm(const Json& form, std::ostream& out, std::size_t width) {
+void PrintForm(const Json& form, bool enabled, std::ostream& out, std::size_t width) {
   PrintFields({{"Scheme", TextOf(form, "SchemeID") + "  " + TextOf(form, "SchemeName")},
                {"Type", TextOf(form, "lRebateType")},
                {"Mode", TextOf(form, "lRebateMode")},
+               {"Enabled", enabled ? "yes" : "no"},
                {"Organisations", TextOf(form, "sOrg")},
                {"Note", TextOf(form, "Note")}},
               out);

@@ -2,17 +2,17 @@
 
 #include <vector>
 
-#include "calls/json_text.h"
+#include "client/shape_check.h"
 
 namespace rebate {
 
-// What is wrong with the shape of a file of ranges (see ShapeCheck): an array, not empty, of {FLower, FUpper,
-// [FIndex]}.
-std::vector<Text> RangeFileProblems(const Json& ranges);
+// What may stand in a file of ranges, an array that isn't empty; `rebate ranges --keys` prints it.
+std::span<const KeyRule> RangeFileKeys();
+// What may stand in a file of rates, an array of rows or {"rows":[…],"rest":true}; `rebate rates --keys` prints it.
+std::span<const KeyRule> RateFileKeys();
 
-// What is wrong with the shape of a file of rates: an array of rows, or {"rows":[…],"rest":true}. A row's keys are
-// columns of a rule: FItemID, FOrgID, FAmtRangeID, FRebateRate, FIndex, FNote, FSchemeID, FRowID, FUnitID,
-// FCheckItemID and FClassTypeID; each may be left out, but for FRebateRate.
+// What is wrong with the shape of such a file (see ShapeCheck).
+std::vector<Text> RangeFileProblems(const Json& ranges);
 std::vector<Text> RateFileProblems(const Json& rates);
 
 }  // namespace rebate

@@ -54,7 +54,10 @@ void Init(const InitOptions& options, Tool& tool) {
   if (options.json) {
     tool.out << "{\"sample\":" << (options.sample ? "true" : "false") << "}\n";
   } else {
-    tool.out << "Made the account " << name << (options.sample ? " with sample data.\n" : ".\n");
+    tool.out << "Made the account " << name
+             << (options.sample ? " with sample data.\n"
+                                : ".\nNext: its suppliers, customers and goods, by `rebate sql`; "
+                                  "examples/first_suppliers.sql shows how.\n");
   }
 }
 

@@ -1,9 +1,14 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "calls/json_values.h"
 #include "client/account.h"
+#include "client/entity_sense.h"
+#include "client/grid_kind.h"
+#include "client/id_lists.h"
+#include "client/json_file.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
@@ -22,9 +27,10 @@ struct ItemsOptions : AccountOptions {
 
 struct SelectOptions : AccountOptions {
   Long type = 0;
-  std::vector<Long> ids;
+  std::vector<Text> lists;
+  std::optional<Text> file;
   bool none = false;
-  Long organisation = 0;
+  Text organisation;
   std::optional<Long> user;
 };
 
@@ -57,21 +63,60 @@ void PrintItems(const ItemsOptions& options, Tool& tool) {
   RowTable(columns, *entities).Print(tool.out, tool.width);
 }
 
+// What a file of entities names: ids, numbers, or rows as `rebate items --json` gives them, the selected ones of which
+// count.
+std::vector<Text> NamedIn(const Text& path) {
+  const Json file = ReadJsonFile(path);
+  const auto wrong = [&](const Text& place) {
+    throw Error(error_number::kInvalidCall, "rebate",
+                path + ": " + place + " is due as an id, a number or a row with FItemID");
+  };
+  if (!file.is_array()) throw Error(error_number::kInvalidCall, "rebate", path + ": the file is due as an array");
+  std::vector<Text> names;
+  for (std::size_t i = 0; i < file.size(); ++i) {
+    const bool is_row = file[i].is_object() && file[i].contains("FItemID");
+    if (is_row && file[i].contains("Selected") && file[i]["Selected"] == "no") continue;
+    const Json& item = is_row ? file[i]["FItemID"] : file[i];
+    if (!item.is_string() && !item.is_number_integer()) wrong(PlaceOf("items", i));
+    names.push_back(item.is_string() ? item.get<Text>() : item.dump());
+  }
+  return names;
+}
+
+// Each entity's id once. Raises where the account has no such entity.
+std::vector<Long> IdsOf(Account& account, Long item_class, const std::vector<Text>& names) {
+  std::vector<Long> ids;
+  for (const Text& name : names) {
+    const Long id = EntityNamed(account, item_class, name);
+    if (std::find(ids.begin(), ids.end(), id) == ids.end()) ids.push_back(id);
+  }
+  return ids;
+}
+
 void Select(const SelectOptions& options, Tool& tool) {
-  if (options.ids.empty() && !options.none) throw CLI::RequiredError("ID or --none");
+  if (options.lists.empty() && !options.none && !options.file) throw CLI::RequiredError("ID, --set or --none");
+  std::vector<Text> names;
+  if (options.file) names = NamedIn(*options.file);
+  for (const Text& list : options.lists) {
+    for (const Text& name : ListParts(list)) names.push_back(name);
+  }
   Account account(options.dsn);
+  const GridKind kind = GridKindOf(options.type);
+  const std::vector<Long> ids = IdsOf(account, kind.entity_class, names);
   const auto entities = New<Dictionary>();
-  for (const Long id : options.ids) entities->SetValue(std::to_string(entities->Count() + 1), id);
+  for (const Long id : ids) entities->SetValue(std::to_string(entities->Count() + 1), id);
+  const Long organisation =
+      options.organisation.empty() ? 0 : EntityNamed(account, kind.organisation_class, options.organisation);
   const Long user = options.user.value_or(account.app_user());
-  if (!ToBoolean(account.Call("SaveSelectedItem", {entities, options.type, user, options.organisation}))) {
+  if (!ToBoolean(account.Call("SaveSelectedItem", {entities, options.type, user, organisation}))) {
     account.ThrowFailure("The selection can't be stored");
   }
   if (options.json) {
-    tool.out << JsonLine({{"selected", options.ids}}) << '\n';
+    tool.out << JsonLine({{"selected", ids}}) << '\n';
   } else {
     tool.out << "The selection of type " << options.type << " now is";
-    for (const Long id : options.ids) tool.out << ' ' << id;
-    tool.out << (options.ids.empty() ? " empty.\n" : ".\n");
+    for (const Long id : ids) tool.out << ' ' << id;
+    tool.out << (ids.empty() ? " empty.\n" : ".\n");
   }
 }
 
@@ -93,14 +138,18 @@ void AddSelectVerb(CLI::App& app, Tool& tool) {
   auto options = std::make_shared<SelectOptions>();
   CLI::App* verb = app.add_subcommand("select", "Replace the entities that a rate grid holds");
   verb->add_option("TYPE", options->type, "The rebate type: 2040, 2041, 3020, 3021, 4020 or 4021")->required();
-  CLI::Option* ids = verb->add_option("ID", options->ids, "The ids of all entities that it is to hold");
-  verb->add_flag("--none", options->none, "Hold none")->excludes(ids);
-  verb->add_option("--org", options->organisation, "In a grid of goods: the organisation whose goods they are");
+  CLI::Option* ids =
+      verb->add_option("ID", options->lists, "The ids or numbers of all entities that it is to hold, such as S001");
+  CLI::Option* set = verb->add_option("--set", options->file, "A file of them, such as `rebate items --json` prints");
+  set->excludes(ids);
+  verb->add_flag("--none", options->none, "Hold none")->excludes(ids)->excludes(set);
+  verb->add_option("--org", options->organisation,
+                   "In a grid of goods: the organisation whose goods they are, by id or number");
   verb->add_option("--user", options->user, "The user whose data rights apply; the data source's where left out");
   AddAccountOptions(*verb, *options);
   verb->footer(
       "An organisation that is selected for its total leaves the grid of goods, with its rates there.\n"
-      "Example: rebate select 2040 801 802 --dsn shop.db");
+      "Example: rebate select 2040 S001 S002 --dsn shop.db");
   verb->callback([options, &tool] { Select(*options, tool); });
 }
 

@@ -52,6 +52,7 @@ void List(const ListOptions& options, Tool& tool) {
     if (may_be) AddAll(MatchingSchemes(account, RequestOf(options, rebate_class)), *schemes);
   }
   PrintSchemes(*schemes, options.json, tool);
+  TellUnlisted(account, tool);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ Ref<Vector> TypesOfClass(Account& account, Long rebate_class) {
   return ObjectAs<Vector>(types);
 }
 
-Ref<Dictionary> TypeRow(Account& account, Long rebate_type) {
+Ref<Dictionary> FindTypeRow(Account& account, Long rebate_type) {
   for (const Long rebate_class : ClassesToShow({})) {
     const Ref<Vector> types = TypesOfClass(account, rebate_class);
     for (Long i = 1; types && i <= types->Size(); ++i) {
@@ -24,6 +24,11 @@ Ref<Dictionary> TypeRow(Account& account, Long rebate_type) {
       if (EqualsNumber(row->GetValue("FRebateType"), rebate_type)) return row;
     }
   }
+  return nullptr;
+}
+
+Ref<Dictionary> TypeRow(Account& account, Long rebate_type) {
+  if (Ref<Dictionary> row = FindTypeRow(account, rebate_type)) return row;
   throw Error(error_number::kInvalidCall, "rebate",
               "The account offers no rebate type " + std::to_string(rebate_type) + "; `rebate types` lists them");
 }

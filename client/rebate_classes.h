@@ -17,7 +17,9 @@ std::vector<Long> ClassesToShow(const std::optional<Long>& wanted);
 // The type rows of a rebate class, null where it has none. Raises the reason where they can't be read.
 Ref<Vector> TypesOfClass(Account& account, Long rebate_class);
 
-// The row of a rebate type. Raises 5 where the account doesn't offer the type.
+// The row of a rebate type, null where the account doesn't offer it.
+Ref<Dictionary> FindTypeRow(Account& account, Long rebate_type);
+// The same; raises 5 where the account doesn't offer the type.
 Ref<Dictionary> TypeRow(Account& account, Long rebate_type);
 
 // Appends the values of `from`, which may be null.

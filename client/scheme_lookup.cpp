@@ -4,9 +4,8 @@
 #include <algorithm>
 
 #include "client/account.h"
-#include "client/rebate_classes.h"
+#include "client/id_lists.h"
 #include "client/row_tables.h"
-#include "client/scheme_rows.h"
 #include "platform/automation/conversion.h"
 #include "platform/containers/vector.h"
 
@@ -44,26 +43,28 @@ std::optional<SchemeHead> FindScheme(Account& account, Long id) {
   head.rebate_type = static_cast<Long>(LeadingNumber(CellText(*row, "FRebateType")));
   head.rebate_class = ClassOfType(*scheme, head.rebate_type);
   head.enabled = EqualsNumber(row->Value("FEnable"), 1);
+  head.is_form = !CellText(*row, "FRebateMode").empty();
   head.row = row;
   return head;
 }
 
-std::optional<Long> NewestScheme(Account& account, Long rebate_type, const Text& name) {
-  constexpr Long kAnyStatus = 2;
-  std::optional<Long> id;
-  for (const Long rebate_class : ClassesToShow({})) {
-    auto request = New<Dictionary>();
-    request->SetValue("RebateType", rebate_type);
-    request->SetValue("RebateClassType", rebate_class);
-    request->SetValue("Status", kAnyStatus);
-    const Ref<Vector> schemes = MatchingSchemes(account, request);
-    for (Long i = 1; i <= schemes->Size(); ++i) {
-      const auto scheme = ObjectAs<Dictionary>(schemes->Item(i));
-      if (CellText(*scheme, "FSchemeName") != Trim(name)) continue;
-      id = std::max(id.value_or(0), ToLong(scheme->Value("FSchemeID")));
+std::vector<SchemeHead> FindSchemes(Account& account, const std::vector<Long>& ids) {
+  std::vector<SchemeHead> schemes;
+  Text missing;
+  for (const Long id : ids) {
+    if (const std::optional<SchemeHead> scheme = FindScheme(account, id)) {
+      schemes.push_back(*scheme);
+    } else {
+      missing += (missing.empty() ? "" : ", ") + std::to_string(id);
     }
   }
-  return id;
+  if (missing.empty()) return schemes;
+  throw Error(error_number::kInvalidCall, "rebate", "There is no scheme " + missing + "; nothing was changed");
+}
+
+std::optional<Long> NewestScheme(Account& account, Long rebate_type, const Text& name) {
+  return account.QueryNumber("select max(FSchemeID) from t_FL_SchemeList where FRebateType=" +
+                             std::to_string(rebate_type) + " and FSchemeName=N'" + Replace(name, "'", "''") + "'");
 }
 
 Text SchemeText(const SchemeHead& scheme) {
@@ -72,7 +73,7 @@ Text SchemeText(const SchemeHead& scheme) {
 
 void AddSchemeIds(CLI::App& verb, std::vector<Text>& lists) {
   const auto problem = [](const Text& list) {
-    const std::vector<Text> ids = Split(list, ',');
+    const std::vector<Text> ids = ListParts(list);
     const bool good =
         !ids.empty() && std::all_of(ids.begin(), ids.end(), [](const Text& id) { return IdOf(id).has_value(); });
     return good ? Text() : "a scheme's id is a positive integer, unlike " + (list.empty() ? "an empty text" : list);
@@ -86,7 +87,7 @@ void AddSchemeIds(CLI::App& verb, std::vector<Text>& lists) {
 std::vector<Long> SchemeIds(const std::vector<Text>& lists) {
   std::vector<Long> ids;
   for (const Text& list : lists) {
-    for (const Text& text : Split(list, ',')) {
+    for (const Text& text : ListParts(list)) {
       const Long id = IdOf(text).value();
       if (std::find(ids.begin(), ids.end(), id) == ids.end()) ids.push_back(id);
     }

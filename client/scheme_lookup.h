@@ -20,13 +20,17 @@ struct SchemeHead {
   Long rebate_type = 0;
   std::optional<Long> rebate_class;  // of its type, where the account offers it
   bool enabled = false;
-  Ref<Dictionary> row;  // all columns of the head
+  bool is_form = false;  // whether a form stored it
+  Ref<Dictionary> row;   // all columns of the head
 };
 
 // The scheme with the id, nothing where there is none. Raises the reason where the account can't tell.
 std::optional<SchemeHead> FindScheme(Account& account, Long id);
 
-// The id under which a scheme of this type and name was stored last, nothing where the account lists none.
+// The schemes with the ids. Raises 5, naming them, where some aren't there.
+std::vector<SchemeHead> FindSchemes(Account& account, const std::vector<Long>& ids);
+
+// The id under which a scheme of this type and name was stored last, nothing where there is none.
 std::optional<Long> NewestScheme(Account& account, Long rebate_type, const Text& name);
 
 // The scheme as a sentence names it, such as `scheme 3 (年度返利)`.

@@ -8,6 +8,8 @@
 #include "client/code_words.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
+#include "model/item_class.h"
+#include "model/rebate_type.h"
 #include "platform/automation/conversion.h"
 #include "platform/database/recordset.h"
 
@@ -46,6 +48,27 @@ void AddOrganisation(const Recordset& row, Dictionary& scheme) {
   ObjectAs<Vector>(scheme.Value("FOrgDetail"))->Add(detail);
 }
 
+// The organisations that the rules of a form are for; rules of organisation 0 are for the whole class.
+Text OrganisationsOfRules(Account& account, const Dictionary& scheme) {
+  const Text id = CellText(scheme, "FSchemeID");
+  const Long type = static_cast<Long>(LeadingNumber(CellText(scheme, "FRebateType")));
+  const bool purchases = type >= rebate_type::kPurchasesFirst && type <= rebate_type::kPurchasesLast;
+  const Long item_class = purchases ? item_class::kSuppliers : item_class::kCustomers;
+  const RecordsetRef rows = account.Query(
+      "select distinct r.FOrgID, i.FNumber, i.FName from t_FL_RebateRule r left join t_Item i on i.FItemID=r.FOrgID "
+      "and "
+      "i.FItemClassID=" +
+      std::to_string(item_class) + " where r.FAmtRangeID is not null and r.FSchemeID=" + id + " order by i.FNumber");
+  Text list;
+  for (; !rows->Eof(); rows->MoveNext()) {
+    const bool everyone = EqualsNumber(rows->FieldValue("FOrgID"), item_class::kWholeClass);
+    const Text one = everyone ? Text(purchases ? "全部供应商" : "全部客户")
+                              : CellText(rows->FieldValue("FNumber")) + "_" + CellText(rows->FieldValue("FName"));
+    list += (list.empty() ? "" : ",") + one;
+  }
+  return list;
+}
+
 }  // namespace
 
 Ref<Vector> MatchingSchemes(Account& account, const Ref<Dictionary>& request) {
@@ -53,6 +76,7 @@ Ref<Vector> MatchingSchemes(Account& account, const Ref<Dictionary>& request) {
   if (!schemes) {
     account.ThrowFailure("The schemes of class " + CellText(*request, "RebateClassType") + " can't be listed");
   }
+  NameFormOrganisations(account, *schemes);
   return schemes;
 }
 
@@ -67,6 +91,25 @@ Ref<Vector> FoldOrganisations(Recordset& rows) {
     AddOrganisation(rows, *scheme);
   }
   return schemes;
+}
+
+void NameFormOrganisations(Account& account, Vector& schemes) {
+  for (Long i = 1; i <= schemes.Size(); ++i) {
+    const auto scheme = ObjectAs<Dictionary>(schemes.Item(i));
+    const Text shown = CellText(*scheme, "FOrg");
+    if (shown == "_" || shown.empty()) scheme->SetValue("FOrg", OrganisationsOfRules(account, *scheme));
+  }
+}
+
+void TellUnlisted(Account& account, Tool& tool) {
+  const RecordsetRef rows = account.Query(
+      "select FCheckerID, count(*) as FCount from t_FL_SchemeList where FCheckerID not in (select FUserID from t_User) "
+      "group by FCheckerID order by FCheckerID");
+  for (; !rows->Eof(); rows->MoveNext()) {
+    const Long count = ToLong(rows->FieldValue("FCount"));
+    tool.err << "Not listed: " << count << (count == 1 ? " scheme" : " schemes") << " of user "
+             << CellText(rows->FieldValue("FCheckerID")) << ", for whom t_User has no row.\n";
+  }
 }
 
 void PrintSchemes(const Vector& schemes, bool json, Tool& tool) {

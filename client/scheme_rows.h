@@ -16,6 +16,12 @@ Ref<Vector> MatchingSchemes(Account& account, const Ref<Dictionary>& request);
 // the shape in which MatchingSchemes gives it. The cursor is moved.
 Ref<Vector> FoldOrganisations(Recordset& rows);
 
+// Names the organisations of forms, which lists leave out: those that the form's rules are for.
+void NameFormOrganisations(Account& account, Vector& schemes);
+
+// Tells on standard error how many schemes no list shows, since no user stands for the one who stored them.
+void TellUnlisted(Account& account, Tool& tool);
+
 // Prints schemes as MatchingSchemes gives them: a table, or JSON.
 void PrintSchemes(const Vector& schemes, bool json, Tool& tool);
 

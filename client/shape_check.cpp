@@ -5,32 +5,49 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "platform/automation/conversion.h"
+#include "client/amount_text.h"
+#include "client/id_lists.h"
+#include "platform/values/ascii.h"
+#include "platform/values/number_text.h"
 
 namespace rebate {
 namespace {
 
-constexpr std::size_t kMostProblems = 10;
+constexpr double kAmountLimit = 1e15;
 
 bool IsId(const Json& value) {
   using Limits = std::numeric_limits<Long>;
   if (value.is_number_integer()) return value >= Limits::min() && value <= Limits::max();
-  if (!value.is_string()) return false;
-  const auto number = ParseNumber(value.get_ref<const Text&>());
-  return number && std::trunc(*number) == *number && std::abs(*number) <= Limits::max();
+  return value.is_string() && WholeNumber<Long>(Trim(value.get_ref<const Text&>())).has_value();
 }
 
-bool IsAmount(const Json& value) {
-  if (value.is_number()) return true;
-  if (value.is_string()) return ParseNumber(value.get_ref<const Text&>()).has_value();
-  if (!value.is_object() || !value.contains("$")) return false;
-  return value["$"] == "currency" || value["$"] == "decimal";
+bool IsItem(const Json& value) {
+  if (!value.is_string()) return IsId(value);
+  return ListParts(value.get_ref<const Text&>()).size() == 1;
 }
 
 bool IsIdList(const Json& value) {
   if (!value.is_string()) return IsId(value);
-  const std::vector<Text> ids = Split(value.get_ref<const Text&>(), ',');
+  const std::vector<Text> ids = ListParts(value.get_ref<const Text&>());
   return std::all_of(ids.begin(), ids.end(), [](const Text& id) { return IsId(id); });
+}
+
+// What is wrong with an amount, empty where nothing is.
+Text AmountProblem(const Json& value) {
+  if (value.is_object()) {
+    const bool known = value.contains("$") && (value["$"] == "currency" || value["$"] == "decimal");
+    if (!known || !value.contains("value") || value["value"].is_object()) return "a number";
+    return AmountProblem(value["value"]);
+  }
+  if (value.is_number_float()) {
+    return std::abs(value.get<double>()) < kAmountLimit ? "" : "a number of at most 15 digits";
+  }
+  if (!value.is_number() && !value.is_string()) return "a number";
+  const Text text = value.is_string() ? value.get<Text>() : value.dump();
+  const std::optional<Text> plain = PlainAmount(text);
+  if (plain) return IsHeldWhole(*plain) ? "" : "a number of at most 15 digits, ten of them behind the point";
+  return text.find(',') == Text::npos ? "a number"
+                                      : "a number, commas between thousands alone and a point for decimals";
 }
 
 Text Join(const Text& path, std::string_view key) {
@@ -56,12 +73,7 @@ void ShapeCheck::CheckObject(const Json& object, std::span<const KeyRule> rules,
 }
 
 void ShapeCheck::Report(Text problem) {
-  if (problems_.size() < kMostProblems) {
-    problems_.push_back(std::move(problem));
-    return;
-  }
-  if (more_++ > 0) problems_.pop_back();
-  problems_.push_back("and " + std::to_string(more_) + " more");
+  problems_.push_back(std::move(problem));
 }
 
 void ShapeCheck::CheckValue(const Json& value, const KeyRule& rule, const Text& place) {
@@ -72,11 +84,20 @@ void ShapeCheck::CheckValue(const Json& value, const KeyRule& rule, const Text& 
     case Shape::IdList:
       if (!IsIdList(value)) Expect("an integer, or a text of integers and commas", value, place);
       break;
+    case Shape::Item:
+      if (!IsItem(value)) Expect("an integer, or the text of a number", value, place);
+      break;
+    case Shape::ItemList:
+      if (!value.is_string() && !IsId(value)) Expect("an integer, or a text of integers and commas", value, place);
+      break;
     case Shape::Amount:
-      if (!IsAmount(value)) Expect("a number", value, place);
+      if (const Text due = AmountProblem(value); !due.empty()) Expect(due, value, place);
       break;
     case Shape::Text:
       if (!value.is_string()) Expect("a text", value, place);
+      break;
+    case Shape::Flag:
+      if (!value.is_boolean()) Expect("true or false", value, place);
       break;
     case Shape::Row:
       CheckRow(value, rule, place);

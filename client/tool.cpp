@@ -26,6 +26,7 @@ void AddVerbs(CLI::App& app, Tool& tool) {
   AddTypesVerb(app, tool);
   AddSaveVerb(app, tool);
   AddShowVerb(app, tool);
+  AddEditVerb(app, tool);
   AddListVerb(app, tool);
   AddEnableVerb(app, tool);
   AddDisableVerb(app, tool);

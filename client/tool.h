@@ -27,11 +27,11 @@ struct Tool {
   std::function<std::optional<Text>(const Text& prompt)> read_line = {};
   // Shows a long text page by page; false where there is nothing to show it with.
   std::function<bool(const Text& text)> page = {};
-  int status = 0;  // 1 once something was refused or failed
+  int status = 0;  // 1 once something was refused or failed, 3 where the answer to a question is no
 };
 
 // Runs the command line and gives the exit status: 0 done, 1 refused or failed with the reason on `err` (also where
-// what was to be printed can't be written), 2 wrong usage.
+// what was to be printed can't be written), 2 wrong usage, 3 where the answer to a question is no.
 int RunTool(int argc, const char* const* argv, Tool& tool);
 
 // Each adds one verb. A verb raises where it fails; `app` and `tool` outlive the run.
@@ -40,6 +40,7 @@ void AddSqlVerb(CLI::App& app, Tool& tool);
 void AddTypesVerb(CLI::App& app, Tool& tool);
 void AddSaveVerb(CLI::App& app, Tool& tool);
 void AddShowVerb(CLI::App& app, Tool& tool);
+void AddEditVerb(CLI::App& app, Tool& tool);
 void AddListVerb(CLI::App& app, Tool& tool);
 void AddEnableVerb(CLI::App& app, Tool& tool);
 void AddDisableVerb(CLI::App& app, Tool& tool);

@@ -6,6 +6,7 @@
 namespace rebate::item_class {
 
 inline constexpr Long kCustomers = 1;
+inline constexpr Long kEmployees = 3;
 inline constexpr Long kGoods = 4;
 inline constexpr Long kSuppliers = 8;
 

@@ -22,7 +22,7 @@ TEST_F(ClientForm, WhatIsShownCanBeSavedAgain) {
   EXPECT_EQ(form["sOrg"], "803,806");
   EXPECT_EQ(form["vecSchemeData"].size(), 3u);
 
-  EXPECT_EQ(SaveForm(form).out, "Stored 饮料按金额返利 as scheme 2.\n");
+  EXPECT_EQ(SaveForm(form).out, "Stored 饮料按金额返利 as scheme 2 in the place of scheme 1, disabled as that was.\n");
   EXPECT_EQ(Run({"form", "show", "1"}).status, 1);
   Json again = Shown("2");
   again["SchemeID"] = 1;
@@ -65,11 +65,36 @@ TEST_F(ClientForm, RowsOfOneItemStandTogether) {
   EXPECT_EQ(rates, "1 2 3 4 ");
 }
 
+TEST_F(ClientForm, AReplacedFormLeavesNothingAndItsStateStays) {
+  SaveForm(ExampleForm());
+  Run({"enable", "1"});
+  Json form = Shown("1");
+  form["vecRangeData"].erase(1);
+  form["vecSchemeData"] = ParseJson(R"([{"FItemID":"G001 G002","FRebateCount":1,"FRebateRate":"1,000"}])");
+  EXPECT_EQ(SaveForm(form).out, "Stored 饮料按金额返利 as scheme 2 in the place of scheme 1, enabled as that was.\n");
+  const auto count = [&](const Text& rows) {
+    return ParseJson(RunRebate({"sql", dsn_, "select count(*) as n from " + rows, "--json"}).out)["n"].get<int>();
+  };
+  EXPECT_EQ(count("t_FL_RebateRange"), 1);
+  EXPECT_EQ(count("t_FL_RebateRule where FItemID='401,402' and FRebateRate=1000"), 2);
+  EXPECT_EQ(count("t_FL_RebateRule"), 2);
+  EXPECT_EQ(count("t_ItemSelect where FItemID in (401, 402)"), 4);
+  EXPECT_EQ(count("t_ItemSelect"), 4);
+  EXPECT_EQ(count("t_FL_AllItems"), 4);
+  EXPECT_EQ(Run({"check", "2041", "1", "--item", "405", "--org", "803"}).status, 3);
+  EXPECT_EQ(RunJson({"list"})[0]["FOrg"], "S003_杭州清源饮品有限公司,S006_北京华北纸业集团");
+  EXPECT_EQ(Run({"show", "2"}).out, Run({"form", "show", "2"}).out);
+  EXPECT_EQ(Run({"delete", "2", "--yes"}).status, 0);
+  EXPECT_EQ(count("t_ItemSelect") + count("t_FL_AllItems") + count("t_FL_RebateRule"), 0);
+}
+
 TEST_F(ClientForm, ATakenNameIsRefused) {
   SaveForm(ExampleForm());
   const Outcome refused = SaveForm(ExampleForm());
   EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(Holds(refused.err, "Another scheme bears the name 饮料按金额返利")) << refused.err;
+  EXPECT_TRUE(Holds(refused.err, "SchemeName: another scheme bears the name 饮料按金额返利")) << refused.err;
+  EXPECT_EQ(Run({"name-taken", "饮料按金额返利"}).status, 0);
+  EXPECT_EQ(Run({"name-taken", "饮料"}).status, 3);
   EXPECT_EQ(Run({"name-taken", "饮料按金额返利"}).out, "Yes, another scheme bears the name 饮料按金额返利.\n");
   EXPECT_EQ(Run({"name-taken", "饮料按金额返利", "--except", "1"}).out,
             "No, no other scheme bears the name 饮料按金额返利.\n");
@@ -84,10 +109,11 @@ TEST_F(ClientForm, CheckTellsWhetherAnotherRuleCovers) {
     Text told;
   } cases[] = {
       {{"check", "2041", "1", "--item", "405", "--org", "803"}, 0, "Yes, a rule of another scheme covers item 405.\n"},
-      {{"check", "2041", "1", "--item", "405", "--org", "801"}, 0, "No rule of another scheme covers item 405.\n"},
-      {{"check", "2041", "1", "--item", "405", "--org", "803", "--except", "1"}, 0, "No rule of another scheme"},
-      {{"check", "3021", "1", "--item", "405", "--org", "803"}, 0, "No rule of another scheme covers item 405.\n"},
-      {{"check", "2040", "6", "--org", "803"}, 0, "No rule of another scheme covers organisation 803.\n"},
+      {{"check", "2041", "1", "--item", "405", "--org", "801"}, 3, "No rule of another scheme covers item 405.\n"},
+      {{"check", "2041", "1", "--item", "405", "--org", "803", "--except", "1"}, 3, "No rule of another scheme"},
+      {{"check", "3021", "1", "--item", "G005", "--org", "C003"}, 3, "No rule of another scheme covers item 405.\n"},
+      {{"check", "3021", "1", "--item", "405", "--org", "803"}, 1, "There is no customer 803"},
+      {{"check", "2040", "6", "--org", "S003"}, 3, "No rule of another scheme covers organisation 803.\n"},
       {{"check", "2040", "6", "--item", "405"}, 2, "--org"},
       {{"check", "2041", "1", "--org", "803"}, 2, "--item"},
       {{"check", "2041", "8", "--item", "405"}, 2, "MODE"},
@@ -122,7 +148,7 @@ TEST_F(ClientForm, EachProblemIsNamedWithItsPlace) {
     const char* problem;
   } cases[] = {
       {"/SchemeName", "5", "SchemeName is due as a text, not 5"},
-      {"/sOrg", "\"801,x\"", "sOrg is due as an integer, or a text of integers and commas, not \"801,x\""},
+      {"/sOrg", "8.5", "sOrg is due as an integer, or a text of integers and commas, not 8.5"},
       {"/vecRangeData", "[]", "vecRangeData is empty"},
       {"/vecRangeData/1/FUpper", "null", "vecRangeData[2].FUpper is due as a number, not null"},
       {"/vecSchemeData", "[]", "vecSchemeData is empty"},

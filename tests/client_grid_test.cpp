@@ -1,3 +1,4 @@
+#include "client/json_file.h"
 #include "tests/tool_kit.h"
 
 namespace rebate {
@@ -49,8 +50,90 @@ TEST_F(ClientGrid, RatesFollowTheirRangesAndLostOnesStandApart) {
   Sql("insert into t_FL_RebateRule (FClassTypeID, FOrgID, FAmtRangeID, FRebateRate) values (2040, 804, 77, 9)");
   Sql("insert into t_FL_RebateRule (FClassTypeID, FOrgID, FRebateRate) values (2040, 804, 8)");
   const Text grid = Run({"rates", "2040"}).out;
-  EXPECT_TRUE(Holds(grid, "50000 – 70000.5     ?\n")) << grid;
-  EXPECT_TRUE(Holds(grid, "9, 8\n")) << grid;
+  EXPECT_TRUE(Holds(grid, "50000 – 70000.5        ?\n")) << grid;
+  EXPECT_TRUE(Holds(grid, "0, 9, 8\n")) << grid;
+}
+
+// The rates by range behind each change, as "from-to:rates".
+TEST_F(ClientGrid, RatesStayWithTheirRangesAsTheseChange) {
+  const char* const kBands = R"([{"FLower":0,"FUpper":100},{"FLower":100,"FUpper":200},{"FLower":200,"FUpper":300}])";
+  const struct {
+    const char* ranges;
+    const char* told;
+    const char* rates;
+  } cases[] = {
+      {R"([{"FLower":100,"FUpper":200},{"FLower":200,"FUpper":300}])", "1 rate has lost its range and is 0 now.\n",
+       "100-200:2 200-300:3 lost:0 "},
+      {R"([{"FLower":0,"FUpper":50},{"FLower":50,"FUpper":100},{"FLower":100,"FUpper":200},{"FLower":200,"FUpper":300}])",
+       "The rates of 0 – 100 now stand in 0 – 50.\n", "0-50:1 100-200:2 200-300:3 "},
+      {R"([{"FLower":0,"FUpper":100},{"FLower":200,"FUpper":300},{"FLower":300,"FUpper":"1,000"}])", "1 rate has lost",
+       "0-100:1 200-300:3 lost:0 "},
+      {R"([{"FLower":0,"FUpper":100,"FIndex":3},{"FLower":100,"FUpper":200,"FIndex":2},
+           {"FLower":200,"FUpper":300,"FIndex":1}])",
+       "", "0-100:1 100-200:2 200-300:3 "},
+      {R"([{"FLower":0,"FUpper":1000}])", "2 rates have lost their range and are 0 now.\n", "0-1000:1 lost:0 lost:0 "},
+  };
+  for (const auto& c : cases) {
+    Sql("delete from t_FL_RebateRange delete from t_FL_RebateRule");
+    ASSERT_EQ(Run({"ranges", "2040", "--set", File("bands.json", kBands)}).status, 0);
+    ASSERT_EQ(SetRates(R"([{"FOrgID":"S003","FIndex":1,"FRebateRate":1},{"FOrgID":"S003","FIndex":2,"FRebateRate":2},
+                           {"FOrgID":"S003","FIndex":3,"FRebateRate":3}])")
+                  .status,
+              0);
+    // What was lost before stays lost, whatever stands at its position later.
+    const Outcome changed = Run({"ranges", "2040", "--set", File("changed.json", c.ranges)});
+    EXPECT_TRUE(Holds(changed.out, c.told)) << changed.out;
+    EXPECT_EQ(Run({"ranges", "2040", "--set", File("changed.json", c.ranges)}).status, 0);
+    std::istringstream rows(RunRebate({"sql", dsn_, "--json",
+                                       "select b.FLowerLimit, b.FUpperLimit, a.FRebateRate from t_FL_RebateRule a left "
+                                       "join t_FL_RebateRange b on b.FID=a.FAmtRangeID and b.FIndex=a.FIndex "
+                                       "order by isnull(b.FLowerLimit, 9999)"})
+                                .out);
+    Text rates;
+    for (Text line; std::getline(rows, line);) {
+      const Json row = ParseJson(line);
+      rates += row["FLowerLimit"].is_null() ? "lost" : row["FLowerLimit"].dump() + "-" + row["FUpperLimit"].dump();
+      rates += ":" + row["FRebateRate"].dump() + " ";
+    }
+    EXPECT_EQ(rates, c.rates) << c.ranges;
+  }
+}
+
+TEST_F(ClientGrid, WhatIsPrintedAsJsonCanBeSetAgain) {
+  const auto rows = [&] {
+    return RunRebate({"sql", dsn_, "--json",
+                      "select FOrgID,FAmtRangeID,FIndex,FRebateRate,FSchemeID from t_FL_RebateRule "
+                      "order by FOrgID,FIndex"})
+        .out;
+  };
+  const Text before = rows();
+  for (const char* verb : {"ranges", "rates"}) {
+    const Text file = File("shown.json", Run({verb, "2040", "--json"}).out);
+    EXPECT_EQ(Run({verb, "2040", "--set", file, "--strict"}).status, 0) << verb;
+    EXPECT_EQ(rows(), before) << verb;
+  }
+  const Text shown = Run({"items", "2040", "--json"}).out;
+  Run({"select", "2040", "--none"});
+  EXPECT_EQ(Run({"select", "2040", "--set", File("items.json", shown)}).out,
+            "The selection of type 2040 now is 803 804.\n");
+  EXPECT_EQ(Run({"select", "2040", "S003 S004,805"}).out, "The selection of type 2040 now is 803 804 805.\n");
+}
+
+TEST_F(ClientGrid, RatesOfOthersDoNotGoUnnamed) {
+  ASSERT_EQ(Run({"ranges", "2041", "--set", Example("ranges")}).status, 0);
+  const Text rates = File("one.json", R"([{"FItemID":"G001","FIndex":1,"FRebateRate":1}])");
+  ASSERT_EQ(Run({"rates", "2041", "--org", "S006", "--set", rates}).status, 0);
+  const Outcome refused = Run({"rates", "2041", "--set", rates});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(Holds(refused.err, "rows: the rates of organisation 806 would go")) << refused.err;
+  Json form = ReadJsonFile(Example("form"));
+  form["lRebateType"] = 2041;
+  for (Json& row : form["vecSchemeData"]) row["FRebateRate"] = 1;
+  ASSERT_EQ(Run({"form", "save", File("form.json", JsonLine(form))}).status, 0);
+  EXPECT_TRUE(Holds(Run({"rates", "2041", "--org", "S006", "--set", rates}).err,
+                    "the rates of scheme 1 (饮料按金额返利) would go"));
+  EXPECT_EQ(Run({"rates", "2041", "--org", "S001", "--set", rates}).status, 0);
+  EXPECT_EQ(RunJson({"ranges", "2041"}).size(), 2u);
 }
 
 TEST_F(ClientGrid, RowsAreStoredAsTheyStandAndCompleted) {
@@ -99,11 +182,15 @@ TEST_F(ClientGrid, WhatIsWrongIsToldAndChangesNothing) {
   } cases[] = {
       {{"select", "2040"}, 2, "ID"},
       {{"select", "2040", "803", "--none"}, 2, "--none"},
-      {{"select", "2040", "x"}, 2, "x"},
+      {{"select", "2040", "x"}, 1, "There is no supplier x"},
+      {{"select", "2040", "S001,S099"}, 1, "There is no supplier S099"},
+      {{"select", "2042", "G001"}, 1, "Type 2042 has no rate grid"},
+      {{"ranges", "2049", "--set", Example("ranges")}, 1, "no rebate type 2049"},
+      {{"ranges", "2040", "--scheme", "9", "--set", Example("ranges")}, 1, "There is no form 9 of type 2040"},
       {{"items", "2040", "--selected", "--unselected"}, 2, "--selected"},
       {{"items", "2042"}, 1, "rebate: "},
       {{"ranges", "all"}, 2, "TYPE"},
-      {{"ranges", "2040", "--scheme", "1"}, 2, "--set"},
+      {{"ranges", "2040", "--strict"}, 2, "--set"},
       {{"ranges", "2040", "--set", File("a", "[]")}, 1, "There is no range in it"},
       {{"ranges", "2040", "--set", File("b", R"([{"FLower":1}])")}, 1, "ranges[1].FUpper is missing"},
       {{"rates", "2040", "--set", File("c", R"([{"FRate":1}])")}, 1, "rows[1].FRebateRate is missing"},

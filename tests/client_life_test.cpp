@@ -1,3 +1,5 @@
+#include <cstdlib>
+#include <filesystem>
 #include <set>
 
 #include "client/json_file.h"
@@ -14,7 +16,8 @@ class ClientLife : public ToolTest {
     EXPECT_EQ(Save("supplier_goods").substr(0, 1), "0");
     request["SchemeMainData"]["FSchemeName"] = "饮品返利";
     request["AllGridRows"] = Json::array({request["AllGridRows"][1]});
-    request["AllGridRows"][0]["FItemIDs"][0]["FItemID"] = 405;
+    request["AllGridRows"][0]["FItemIDs"][0] = ParseJson(R"({"FRowID":1,"FItemID":405,"FUnitID":3,"FShowName":""})");
+    for (Json& rate : request["AllGridRows"][0]["FRebateRates"]) rate["FRowID"] = 1;
     const Outcome saved = Run({"save", File("second.json", JsonLine(request))});
     EXPECT_EQ(saved.status, 0) << saved.err;
   }
@@ -44,12 +47,15 @@ TEST_F(ClientLife, EachStepTellsWhatItDid) {
       {{"enable", "77", "--yes"}, 1, "当前返利模式已经不存在。", "2 "},
       {{"enable", "1"}, 1, "同时禁用方案[饮品返利]。\nNothing was changed", "2 "},
       {{"enable", "1", "--yes"}, 0, "Scheme 1 is now enabled.\nDisabled scheme 2 (饮品返利).\n", "1 "},
-      {{"restore", "2,77", "1"},
+      {{"restore", "2,77", "1"}, 1, "There is no scheme 77; nothing was changed", "1 "},
+      {{"restore", "1, 2"},
        0,
-       "Restored scheme 2 (饮品返利).\nThere is no scheme 77.\nAlready enabled: scheme 1 (洗护商品采购返利).\n",
+       "Already enabled: scheme 1 (洗护商品采购返利).\nRestored scheme 2 (饮品返利).\n",
        "1 2 "},
-      {{"delete", "77"}, 0, "There is no scheme 77.\n", "1 2 "},
-      {{"delete", "1", "77", "1"}, 0, "Deleted scheme 1 (洗护商品采购返利).\nThere is no scheme 77.\n", "2 "},
+      {{"delete", "77", "--yes"}, 1, "There is no scheme 77; nothing was changed", "1 2 "},
+      {{"delete", "1", "77", "--yes"}, 1, "There is no scheme 77; nothing was changed", "1 2 "},
+      {{"delete", "1"}, 1, "  scheme 1 (洗护商品采购返利), enabled\nDelete?\nNothing was changed", "1 2 "},
+      {{"delete", "1", "1", "--yes"}, 0, "Deleted scheme 1 (洗护商品采购返利).\n", "2 "},
       {{"disable", "2"}, 0, "Scheme 2 is now disabled.\n", ""},
       {{"enable", "2"}, 0, "Scheme 2 is now enabled.\n", "2 "},
   };
@@ -77,6 +83,57 @@ TEST_F(ClientLife, OnATerminalTheQuestionIsAsked) {
   }
 }
 
+TEST_F(ClientLife, AllThatEnablingDisablesIsNamed) {
+  Sql("insert into t_FL_SchemeList (FSchemeName, FRebateType, FCheckerID, FEnable) values (N'第三', 2041, 1, 0)");
+  const Outcome refused = Run({"enable", "3"});
+  EXPECT_TRUE(
+      Holds(refused.err, "2 schemes are disabled then:\n  scheme 1 (洗护商品采购返利)\n  scheme 2 (饮品返利)\n"))
+      << refused.err;
+  EXPECT_EQ(Enabled(), "1 2 ");
+  EXPECT_EQ(RunJson({"enable", "3", "--yes"})["siblingsDisabled"], Json({1, 2}));
+}
+
+TEST_F(ClientLife, DeletionIsAskedForOnATerminal) {
+  EXPECT_EQ(Run({"delete", "1"}, "n\n", true).status, 1);
+  EXPECT_EQ(Enabled(), "1 2 ");
+  EXPECT_EQ(Run({"delete", "1"}, "y\n", true).status, 0);
+  EXPECT_EQ(Enabled(), "2 ");
+}
+
+TEST_F(ClientLife, ASchemeInThePlaceOfADisabledOneStaysDisabled) {
+  Run({"disable", "1"});
+  const Text request = File("again.json", Run({"show", "1", "--json"}).out);
+  EXPECT_EQ(Run({"save", request}).out,
+            "Stored 洗护商品采购返利 as scheme 3 in the place of scheme 1, disabled as that was.\n");
+  EXPECT_EQ(Enabled(), "2 ");
+}
+
+#ifndef _WIN32
+TEST_F(ClientLife, ASchemeIsEditedInItsPlace) {
+  unsetenv("VISUAL");
+  const auto edit = [&](const char* editor, const Text& id) {
+    setenv("EDITOR", editor, 1);
+    return Run({"edit", id});
+  };
+  EXPECT_EQ(edit("true", "1").out, "Nothing was changed.\n");
+  EXPECT_EQ(edit("sed -i s/洗护/日化/", "1").out, "Stored 日化商品采购返利 as scheme 3 in the place of scheme 1.\n");
+  EXPECT_EQ(Enabled(), "2 3 ");
+  EXPECT_EQ(edit("true", "1").err, "rebate: There is no scheme 1; nothing was changed\n");
+  for (const char* wrong : {"sed -i s/801/899/", "sed -i s/{//", "false"}) {
+    const Outcome refused = edit(wrong, "3");
+    EXPECT_EQ(refused.status, 1) << wrong;
+    const std::size_t draft = refused.err.find("draft is ");
+    ASSERT_NE(draft, Text::npos) << refused.err;
+    const std::size_t end = refused.err.find(".json", draft);
+    const Text path = refused.err.substr(draft + 9, end + 5 - draft - 9);
+    EXPECT_TRUE(std::filesystem::remove(files::ToPath(path))) << path;
+  }
+  EXPECT_EQ(Enabled(), "2 3 ");
+  unsetenv("EDITOR");
+  EXPECT_TRUE(Holds(Run({"edit", "3"}).err, "EDITOR names no editor"));
+}
+#endif
+
 TEST_F(ClientLife, ForbiddenSchemesStandInOneRowEach) {
   Sql("insert into t_FL_AllOrgs (FSchemeID, FRowID, FItemClassID, FItemID) values (1, 1, 8, 802), (1, 1, 8, 0)");
   EXPECT_EQ(RunJson({"forbidden", "24"}), Json::array());
@@ -91,12 +148,12 @@ TEST_F(ClientLife, ForbiddenSchemesStandInOneRowEach) {
 
 TEST_F(ClientLife, LinkedSchemesAreDeletedByForceAlone) {
   Sql("insert into t_FL_SchemeLink (FSchemeID, FBillNo) values (2, 'B1'), (9, 'B2')");
-  const Outcome refused = Run({"delete", "1", "2", "9"});
+  const Outcome refused = Run({"delete", "1", "2", "--yes"});
   EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(Holds(refused.err, "scheme 2 (饮品返利), scheme 9 can't be deleted")) << refused.err;
+  EXPECT_TRUE(Holds(refused.err, "scheme 2 (饮品返利) can't be deleted")) << refused.err;
   EXPECT_EQ(Enabled(), "1 2 ");
-  EXPECT_EQ(Run({"delete", "1", "2", "9", "--force"}).out,
-            "Deleted scheme 1 (洗护商品采购返利).\nDeleted scheme 2 (饮品返利).\nThere is no scheme 9.\n");
+  EXPECT_EQ(Run({"delete", "1", "2", "--force", "--yes"}).out,
+            "Deleted scheme 1 (洗护商品采购返利).\nDeleted scheme 2 (饮品返利).\n");
   EXPECT_EQ(Enabled(), "");
 }
 
@@ -116,8 +173,10 @@ TEST_F(ClientLife, AFailureTellsItsReason) {
   Run({"disable", "1"});
   Sql("drop table t_FL_SchemeLink");
   Sql("drop table t_FL_AllOrgs");
-  for (const auto& arguments : std::vector<std::vector<Text>>{
-           {"delete", "1"}, {"delete", "1", "--force"}, {"forbidden", "24"}, {"list", "--status", "all"}}) {
+  for (const auto& arguments : std::vector<std::vector<Text>>{{"delete", "1", "--yes"},
+                                                              {"delete", "1", "--force", "--yes"},
+                                                              {"forbidden", "24"},
+                                                              {"list", "--status", "all"}}) {
     const Outcome ran = Run(arguments);
     EXPECT_EQ(ran.status, 1) << arguments[0];
     EXPECT_TRUE(Holds(ran.err, "t_FL_")) << arguments[0] << ran.err;

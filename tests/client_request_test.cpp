@@ -40,8 +40,10 @@ TEST(ClientRequest, EachProblemIsNamedWithItsPlace) {
       {"/AllOrgsData", nullptr, "AllOrgsData is missing"},
       {"/AllOrgsData", "null", "AllOrgsData is due as an array, not null"},
       {"/AllOrgsData/0", "null", "AllOrgsData[1] is due as an object, not null"},
-      {"/AllOrgsData/0/FItemID", "8.5", "AllOrgsData[1].FItemID is due as an integer, not 8.5"},
-      {"/AllOrgsData/0/FItemID", "2147483648", "AllOrgsData[1].FItemID is due as an integer, not 2147483648"},
+      {"/AllOrgsData/0/FItemID", "8.5",
+       "AllOrgsData[1].FItemID is due as an integer, or the text of a number, not 8.5"},
+      {"/AllOrgsData/0/FItemID", "2147483648",
+       "AllOrgsData[1].FItemID is due as an integer, or the text of a number, not 2147483648"},
       {"/AllOrgsData/0/CheckPoints/x", "1", "AllOrgsData[1].CheckPoints.x: the keys are item ids"},
       {"/AllRangesData/0/FUpperLimit", "\"\"", "AllRangesData[1].FUpperLimit is due as a number, not \"\""},
       {"/AllGridRows/1/FItemIDs/1/FItemID", nullptr, "AllGridRows[2].FItemIDs[2].FItemID is missing"},
@@ -65,12 +67,10 @@ TEST(ClientRequest, EachProblemIsNamedWithItsPlace) {
   }
 }
 
-TEST(ClientRequest, TenProblemsAreToldAndTheRestCounted) {
+TEST(ClientRequest, AllProblemsAreCollected) {
   Json request = ParseJson(kGoodRequest);
   for (int i = 0; i < 20; ++i) request["AllRangesData"].push_back(Json::object());
-  const std::vector<Text> problems = RequestProblems(request);
-  ASSERT_EQ(problems.size(), 11u);
-  EXPECT_EQ(problems[10], "and 30 more");
+  EXPECT_EQ(RequestProblems(request).size(), 40u);
   EXPECT_EQ(RequestProblems(Json::array()).size(), 1u);
 }
 

@@ -67,7 +67,7 @@ TEST_F(ClientTool, StoredSchemesAreShownAndListed) {
     EXPECT_TRUE(Holds(shown.out, part)) << part << " in " << shown.out;
   }
   const Json whole = ParseJson(RunRebate({"show", "1", "--dsn", dsn_, "--json"}).out);
-  EXPECT_EQ(whole["AllRulesRS"]["rows"].size(), 4u);
+  EXPECT_EQ(whole["AllGridRows"][1]["FRebateRates"].size(), 2u);
 
   const auto listed = [&](std::vector<Text> filter) {
     filter.insert(filter.begin(), {"list", "--json", "--dsn", dsn_});
