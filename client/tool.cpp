@@ -64,7 +64,7 @@ int RunVerb(const std::vector<Text>& arguments, Tool& tool) {
   app.allow_windows_style_options(false);
   app.footer(
       "`rebate VERB --help` tells more about a verb. Try: rebate init shop.db --sample\n"
-      "Status: 0 done, 1 refused or failed, 2 wrong usage.");
+      "Status: 0 done, 1 refused or failed, 2 wrong usage, 3 no, as the answer of name-taken and check.");
   AddVerbs(app, tool);
   try {
     RegisterLoginStandIns();

@@ -68,13 +68,13 @@ TEST_F(ClientVerbMistakes, AreToldWithWhatWasLikelyMeant) {
   }
 }
 
-TEST_F(ClientVerbMistakes, ProblemsThatAreNotShownAreCounted) {
+TEST_F(ClientVerbMistakes, ProblemsAreAllShown) {
   Text request = R"({"FRebateType":2040)";
   for (int i = 1; i <= 9; ++i) request += ",\"x" + std::to_string(i) + "\":0";
   const Outcome outcome = Run({"save", File("many.json", request + "}")});
   EXPECT_EQ(outcome.status, 1);
   // The four parts of a request are missing, nine keys are unknown.
-  EXPECT_TRUE(outcome.err.ends_with(": and 3 more\n")) << outcome.err;
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 4 + 9) << outcome.err;
 }
 
 #ifndef _WIN32  // whose C library has no setenv
