@@ -9,6 +9,7 @@
 #include "client/form_sense.h"
 #include "client/form_view.h"
 #include "client/json_file.h"
+#include "client/rebate_classes.h"
 #include "client/save_files.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_remains.h"
@@ -91,7 +92,8 @@ void ShowForm(const FormShowOptions& options, Tool& tool) {
   if (options.json) {
     tool.out << JsonLine(form) << '\n';
   } else {
-    PrintForm(form, FindSchemes(account, {options.id}).front().enabled, tool.out, tool.width);
+    PrintForm(form, FindSchemes(account, {options.id}).front().enabled,
+              RateUnitOf(account, ToLong(FromJson(form["lRebateType"], "lRebateType"))), tool.out, tool.width);
   }
 }
 

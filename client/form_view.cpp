@@ -7,6 +7,7 @@
 
 #include "calls/json_values.h"
 #include "client/account.h"
+#include "client/code_words.h"
 #include "client/rate_grid.h"
 #include "client/row_tables.h"
 #include "client/scheme_lookup.h"
@@ -87,7 +88,7 @@ Json LoadForm(Account& account, Long id) {
           {"Note", ToJson(view[kNote])}};
 }
 
-void PrintForm(const Json& form, bool enabled, std::ostream& out, std::size_t width) {
+void PrintForm(const Json& form, bool enabled, const Text& unit, std::ostream& out, std::size_t width) {
   PrintFields({{"Scheme", TextOf(form, "SchemeID") + "  " + TextOf(form, "SchemeName")},
                {"Type", TextOf(form, "lRebateType")},
                {"Mode", TextOf(form, "lRebateMode")},
@@ -96,7 +97,7 @@ void PrintForm(const Json& form, bool enabled, std::ostream& out, std::size_t wi
                {"Note", TextOf(form, "Note")}},
               out);
   PrintSection("Amount ranges", RangeTable(form), out, width);
-  PrintSection("Rates by range", RateTable(form), out, width);
+  PrintSection(WithUnit("Rates by range", unit), RateTable(form), out, width);
 }
 
 }  // namespace rebate

@@ -12,7 +12,8 @@ class Account;
 // account doesn't know them. Raises the reason where there is no such form.
 Json LoadForm(Account& account, Long id);
 
-// Prints a form as LoadForm gives it, and whether it is enabled, in readable sections. `width` as in Table::Print.
-void PrintForm(const Json& form, bool enabled, std::ostream& out, std::size_t width);
+// Prints a form as LoadForm gives it, whether it is enabled and what its rates are counted in, in readable sections.
+// `width` as in Table::Print.
+void PrintForm(const Json& form, bool enabled, const Text& unit, std::ostream& out, std::size_t width);
 
 }  // namespace rebate

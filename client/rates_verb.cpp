@@ -13,6 +13,7 @@
 #include "client/rate_ranges.h"
 #include "client/rate_rows.h"
 #include "client/rate_sense.h"
+#include "client/rebate_classes.h"
 #include "client/row_tables.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
@@ -76,6 +77,8 @@ void PrintRates(const RatesOptions& options, Tool& tool) {
   if (account.refusal()) account.ThrowFailure({});
   auto rules = ObjectAs<Vector>(found);
   if (!rules) rules = New<Vector>();
+  const Text unit = RateUnitOf(account, options.type);
+  if (!unit.empty()) tool.out << "Rates in " << unit << "\n\n";
   GridOf(account, options.type, *rules).Print(tool.out, tool.width);
 }
 

@@ -1,6 +1,7 @@
 #include "client/rebate_classes.h"
 
 #include "client/account.h"
+#include "client/code_words.h"
 #include "platform/automation/conversion.h"
 
 namespace rebate {
@@ -31,6 +32,11 @@ Ref<Dictionary> TypeRow(Account& account, Long rebate_type) {
   if (Ref<Dictionary> row = FindTypeRow(account, rebate_type)) return row;
   throw Error(error_number::kInvalidCall, "rebate",
               "The account offers no rebate type " + std::to_string(rebate_type) + "; `rebate types` lists them");
+}
+
+Text RateUnitOf(Account& account, Long rebate_type) {
+  const Ref<Dictionary> type = FindTypeRow(account, rebate_type);
+  return type ? RateUnit(*type) : Text();
 }
 
 void AddAll(const Ref<Vector>& from, Vector& to) {

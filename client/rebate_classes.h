@@ -22,6 +22,9 @@ Ref<Dictionary> FindTypeRow(Account& account, Long rebate_type);
 // The same; raises 5 where the account doesn't offer the type.
 Ref<Dictionary> TypeRow(Account& account, Long rebate_type);
 
+// What the rates of a type are counted in (see RateUnit); empty where the account doesn't offer it.
+Text RateUnitOf(Account& account, Long rebate_type);
+
 // Appends the values of `from`, which may be null.
 void AddAll(const Ref<Vector>& from, Vector& to);
 

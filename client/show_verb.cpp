@@ -5,6 +5,7 @@
 #include "calls/json_values.h"
 #include "client/account.h"
 #include "client/form_view.h"
+#include "client/rebate_classes.h"
 #include "client/scheme_lookup.h"
 #include "client/scheme_view.h"
 #include "client/stored_request.h"
@@ -24,7 +25,8 @@ void ShowForm(Account& account, const ShowOptions& options, bool enabled, Tool& 
   if (options.json) {
     tool.out << JsonLine(form) << '\n';
   } else {
-    PrintForm(form, enabled, tool.out, tool.width);
+    PrintForm(form, enabled, RateUnitOf(account, ToLong(FromJson(form["lRebateType"], "lRebateType"))), tool.out,
+              tool.width);
   }
 }
 

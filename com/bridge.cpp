@@ -18,7 +18,8 @@ struct Bridges {
 };
 
 Bridges& TheBridges() {
-  static Bridges bridges;
+  // A client may release its last object behind the end of this module's static ones.
+  static Bridges& bridges = *new Bridges;
   return bridges;
 }
 
@@ -66,10 +67,11 @@ ComRef<IDispatch> ClientSide(const ObjectRef& object) {
   if (!object) return {};
   if (const auto* foreign = dynamic_cast<const ForeignObject*>(object.get())) return foreign->client_object();
   Bridges& bridges = TheBridges();
+  ComRef<IDispatch> reference;  // let go behind the lock where there is no memory to note it
   const std::lock_guard lock(bridges.mutex);
   if (ComRef<IDispatch> held = Held(bridges, object.get())) return held;
   Bridge* bridge = NewBridge(object);
-  auto reference = ComRef<IDispatch>::Adopt(bridge->dispatch());
+  reference = ComRef<IDispatch>::Adopt(bridge->dispatch());
   bridges.by_reference[ReferenceOf(*bridge)] = bridge;
   bridges.by_object[object.get()] = bridge;
   return reference;

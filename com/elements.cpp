@@ -40,10 +40,15 @@ class Enumerator final : public IEnumVARIANT {
     if (values == nullptr || (fetched == nullptr && count != 1)) return E_POINTER;
     return Guarded(__uuidof(IEnumVARIANT), [&] {
       ULONG given = 0;
-      while (given < count && at_ < values_->size()) {
-        ToClient((*values_)[at_++], values[given++]);
-        if (fetched != nullptr) *fetched = given;
+      try {
+        for (; given < count && at_ + given < values_->size(); ++given)
+          ToClient((*values_)[at_ + given], values[given]);
+      } catch (...) {
+        while (given > 0) VariantClear(&values[--given]);
+        throw;
       }
+      at_ += given;
+      if (fetched != nullptr) *fetched = given;
       return given == count ? S_OK : S_FALSE;
     });
   }

@@ -53,6 +53,6 @@ STDAPI DllRegisterServer() {
 STDAPI DllUnregisterServer() {
   return com::Guarded(IID_NULL, [] {
     com::Unregister(com::Audience::User);
-    return ForMachine(&com::Unregister) ? S_OK : S_FALSE;
+    return ForMachine(&com::Unregister) ? S_OK : E_ACCESSDENIED;
   });
 }

@@ -36,6 +36,19 @@ Variant Get(Object& object, std::string_view member, std::vector<Variant> argume
   return foreign != nullptr ? foreign->InvokeByValue(member, arguments) : object.Invoke(member, arguments);
 }
 
+bool IsList(const Object& copy) {
+  return dynamic_cast<const Vector*>(&copy) != nullptr;
+}
+
+// Before a client's container is emptied: whether it can be filled again.
+void CheckChangeable(Object& original, bool list) {
+  auto* foreign = dynamic_cast<ForeignObject*>(&original);
+  if (foreign == nullptr || (foreign->Answers("Clear") && foreign->Answers(list ? "Add" : "Value"))) return;
+  throw Error(
+      error_number::kNoSuchMember, "",
+      list ? "A list that is to be filled needs Clear and Add." : "A map that is to be filled needs Clear and Value.");
+}
+
 std::vector<Variant> ContentOf(const Object& container) {
   std::vector<Variant> content;
   if (const auto* list = dynamic_cast<const Vector*>(&container)) {
@@ -70,9 +83,7 @@ bool ForeignContainers::NeedsCopy(const Variant& value, int depth) const {
 
 ObjectRef ForeignContainers::Copy(const ObjectRef& original, bool list) {
   const void* identity = IdentityOf(*original);
-  for (const Taken& taken : taken_) {
-    if (IdentityOf(*taken.original) == identity) return taken.copy;
-  }
+  if (const auto found = by_identity_.find(identity); found != by_identity_.end()) return taken_[found->second].copy;
   if (std::find(open_.begin(), open_.end(), identity) != open_.end()) {
     ThrowHoldsItself();
   }
@@ -88,6 +99,7 @@ ObjectRef ForeignContainers::Copy(const ObjectRef& original, bool list) {
     copy = dictionary;
   }
   open_.pop_back();
+  by_identity_[identity] = by_copy_[copy.get()] = taken_.size();
   taken_.push_back({original, copy, copy, ContentOf(*copy)});
   return copy;
 }
@@ -114,11 +126,16 @@ Variant ForeignContainers::Inner(const Variant& value) {
   return shape == Shape::Other ? value : Variant(Copy(object, shape == Shape::List));
 }
 
+const ForeignContainers::Taken* ForeignContainers::Find(const Variant& copy) const {
+  if (!copy.IsObject()) return nullptr;
+  const auto found = by_copy_.find(copy.object().get());
+  return found == by_copy_.end() ? nullptr : &taken_[found->second];
+}
+
 bool ForeignContainers::Replace(const Variant& before, const Variant& after, bool by_value) {
   const ObjectRef now = after.IsObject() ? after.object() : nullptr;
-  for (Taken& taken : taken_) {
-    if (Variant(taken.copy) != before) continue;
-    taken.now = now;
+  if (const Taken* taken = Find(before)) {
+    taken_[static_cast<std::size_t>(taken - taken_.data())].now = now;
     return true;
   }
   if (!by_value || !before.IsObject() || !before.object()) return false;
@@ -127,23 +144,32 @@ bool ForeignContainers::Replace(const Variant& before, const Variant& after, boo
 }
 
 Variant ForeignContainers::Original(const Variant& value) const {
-  for (const Taken& taken : taken_) {
-    if (Variant(taken.copy) == value) return taken.original;
-  }
-  return value;
+  const Taken* taken = Find(value);
+  return taken != nullptr ? Variant(taken->original) : value;
 }
 
 void ForeignContainers::GiveBack() {
+  struct Change {
+    const Taken& taken;
+    std::vector<Variant> now;
+  };
+  std::vector<Change> changes;
   for (const Taken& taken : taken_) {
-    const std::vector<Variant> now = taken.now ? ContentOf(*taken.now) : std::vector<Variant>();
+    std::vector<Variant> now = taken.now ? ContentOf(*taken.now) : std::vector<Variant>();
     if (now == taken.before) continue;
-    Get(*taken.original, "Clear");
-    if (dynamic_cast<Vector*>(taken.copy.get()) != nullptr) {
-      for (const Variant& element : now) Get(*taken.original, "Add", {Original(element)});
+    CheckChangeable(*taken.original, IsList(*taken.copy));
+    changes.push_back({taken, std::move(now)});
+  }
+  for (const Change& change : changes) {
+    Object& original = *change.taken.original;
+    const std::vector<Variant>& now = change.now;
+    Get(original, "Clear");
+    if (IsList(*change.taken.copy)) {
+      for (const Variant& element : now) Get(original, "Add", {Original(element)});
     } else {
       for (std::size_t i = 0; i + 1 < now.size(); i += 2) {
         Variant entry[] = {now[i], Original(now[i + 1])};
-        taken.original->Put("Value", entry);
+        original.Put("Value", entry);
       }
     }
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <unordered_map>
 #include <vector>
 
 #include "platform/automation/variant.h"
@@ -22,7 +23,7 @@ class ForeignContainers {
   // could take another (`by_value`). False where neither is so.
   bool Replace(const Variant& before, const Variant& after, bool by_value);
 
-  // Writes back what has changed.
+  // Writes back what has changed. Raises 438 where a container of a client's can't be changed; none is then.
   void GiveBack();
 
  private:
@@ -39,9 +40,12 @@ class ForeignContainers {
   void CopyList(Object& original, Vector& copy);
   void CopyMap(Object& original, Dictionary& copy);
   Variant Inner(const Variant& value);
+  const Taken* Find(const Variant& copy) const;
   Variant Original(const Variant& value) const;
 
   std::vector<Taken> taken_;
+  std::unordered_map<const void*, std::size_t> by_identity_;  // of the original, its place in taken_
+  std::unordered_map<const Object*, std::size_t> by_copy_;
   std::vector<const void*> open_;  // the identities of the containers that are being copied
 };
 

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 
+#include "com/errors.h"
 #include "com/foreign_object.h"
 #include "com/wide_text.h"
 #include "platform/automation/class_objects.h"
@@ -18,12 +19,15 @@ namespace {
 
 ObjectRef CreateSystemObject(std::string_view program_id) {
   CLSID id{};
-  if (FAILED(CLSIDFromProgID(Wide(program_id).c_str(), &id))) return CreateLoginStandIn(program_id);
+  const HRESULT known = CLSIDFromProgID(Wide(program_id).c_str(), &id);
+  if (known == CO_E_CLASSSTRING) return CreateLoginStandIn(program_id);
   ComRef<IDispatch> object;
-  const HRESULT result =
-      CoCreateInstance(id, nullptr, CLSCTX_SERVER, __uuidof(IDispatch), reinterpret_cast<void**>(object.Receive()));
+  const HRESULT result = FAILED(known) ? known
+                                       : CoCreateInstance(id, nullptr, CLSCTX_SERVER, __uuidof(IDispatch),
+                                                          reinterpret_cast<void**>(object.Receive()));
   if (FAILED(result)) {
-    throw Error(error_number::kCannotCreate, "", "ActiveX component can't create object: " + Text(program_id));
+    throw Error(error_number::kCannotCreate, "",
+                "ActiveX component can't create object: " + Text(program_id) + ": " + SystemText(result));
   }
   return New<ForeignObject>(std::move(object));
 }

@@ -83,6 +83,16 @@ void LetFieldBeItsValue(Variant& value) {
   }
 }
 
+// An object where a plain value is due counts by its default member, as a field of a recordset does.
+void LetObjectBeItsValue(Variant& value, const DeclaredType& type) {
+  const bool plain = type.kind == DeclaredType::Kind::Text || type.kind == DeclaredType::Kind::Long ||
+                     type.kind == DeclaredType::Kind::Boolean;
+  if (!plain || !value.IsObject() || !value.object()) return;
+  const ObjectRef object = value.object();
+  auto* foreign = dynamic_cast<ForeignObject*>(object.get());
+  value = foreign != nullptr ? foreign->InvokeByValue("", {}) : object->Invoke("", {});
+}
+
 bool IsContainer(const DeclaredType& type) {
   return type.kind == DeclaredType::Kind::Object &&
          (type.class_name == Vector::kClassName || type.class_name == Dictionary::kClassName);
@@ -96,21 +106,24 @@ Variant ValueOf(const VARIANT* argument) {
   return argument != nullptr ? FromClient(*argument) : Variant::Missing();
 }
 
-std::vector<Variant> ValuesOf(std::span<VARIANT* const> arguments) {
+std::vector<Variant> ValuesOf(const Member& member, std::span<VARIANT* const> arguments) {
   std::vector<Variant> values;
-  for (const VARIANT* argument : arguments) values.push_back(ValueOf(argument));
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    values.push_back(ValueOf(arguments[i]));
+    if (i < member.parameters.size()) LetObjectBeItsValue(values.back(), member.parameters[i].type);
+  }
   return values;
 }
 
 Variant Read(Object& object, const Member& member, std::span<VARIANT* const> arguments) {
   if (arguments.size() == member.parameters.size()) return CallMember(object, member, arguments);
   // A property that takes no arguments hands them on to the default member of what it holds.
-  std::vector<Variant> values = ValuesOf(arguments);
+  std::vector<Variant> values = ValuesOf(member, arguments);
   return object.Invoke(member.name, values);
 }
 
 void Write(Object& object, const Member& member, std::span<VARIANT* const> arguments, bool reference) {
-  std::vector<Variant> values = ValuesOf(arguments);
+  std::vector<Variant> values = ValuesOf(member, arguments);
   if (!reference) LetFieldBeItsValue(values.back());
   object.Put(member.name, values);
 }
@@ -145,11 +158,10 @@ HRESULT InvokeMember(Object& object, DISPID id, WORD kind, const DISPPARAMS& par
 
 Variant CallMember(Object& object, const Member& member, std::span<VARIANT* const> arguments) {
   ForeignContainers foreign;
-  std::vector<Variant> values;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    Variant value = ValueOf(arguments[i]);
+  std::vector<Variant> values = ValuesOf(member, arguments);
+  for (std::size_t i = 0; i < values.size(); ++i) {
     const DeclaredType& type = member.parameters[i].type;
-    values.push_back(IsContainer(type) ? foreign.TakeIn(value, type.class_name) : std::move(value));
+    if (IsContainer(type)) values[i] = foreign.TakeIn(values[i], type.class_name);
   }
   const std::vector<Variant> before = values;
   Variant result = object.Invoke(member.name, values);

@@ -68,6 +68,16 @@ void Remove(Audience audience, const std::wstring& path) {
   if (status != ERROR_FILE_NOT_FOUND) Check(status);
 }
 
+// Whether the key stands in the registry of either width.
+bool IsInEitherView(Audience audience, const std::wstring& path) {
+  for (const REGSAM view : {KEY_WOW64_32KEY, KEY_WOW64_64KEY}) {
+    Key key;
+    if (RegOpenKeyExW(RootOf(audience), ClassPath(path).c_str(), 0, KEY_READ | view, key.Receive()) == ERROR_SUCCESS)
+      return true;
+  }
+  return false;
+}
+
 std::wstring ClassKey(const CreatableClass& entry) {
   return L"CLSID\\" + GuidText(entry.class_id);
 }
@@ -131,8 +141,9 @@ void Register(Audience audience, const std::wstring& path) {
 
 void Unregister(Audience audience) {
   for (const CreatableClass& entry : CreatableClasses()) {
-    Remove(audience, Wide(entry.program_id()));
     Remove(audience, ClassKey(entry));
+    // Both widths share the names.
+    if (!IsInEitherView(audience, ClassKey(entry))) Remove(audience, Wide(entry.program_id()));
   }
   RemoveTypeLibrary(audience);
 }

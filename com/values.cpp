@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "com/arrays.h"
 #include "com/bridge.h"
@@ -128,8 +129,8 @@ void MoveInto(VARIANT& by_ref, VARIANT& value) {
       break;
     case VT_DISPATCH:
     case VT_UNKNOWN:
-      if (*by_ref.ppunkVal != nullptr) (*by_ref.ppunkVal)->Release();
-      *by_ref.ppunkVal = value.punkVal;
+      // What ends with the old object may look at the variable.
+      if (IUnknown* old = std::exchange(*by_ref.ppunkVal, value.punkVal)) old->Release();
       break;
     default:
       ThrowTypeMismatch();

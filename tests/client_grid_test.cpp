@@ -21,9 +21,9 @@ class ClientGrid : public ToolTest {
   Text Lines(const std::vector<Text>& verb) {
     std::istringstream table(Run(verb).out);
     Text lines;
-    int number = 0;
+    bool behind_rule = false;
     for (Text line; std::getline(table, line);) {
-      if (number++ < 2) continue;
+      if (!std::exchange(behind_rule, behind_rule || line.find("---") != Text::npos)) continue;
       std::istringstream words(line);
       for (Text word; words >> word;) lines += word + " ";
       lines += "\n";
@@ -34,6 +34,7 @@ class ClientGrid : public ToolTest {
 
 TEST_F(ClientGrid, IsPrintedAsAGrid) {
   EXPECT_EQ(Run({"rates", "2040"}).out,
+            "Rates in %\n\n"
             " ID  Number  Name                  0 – 50000  50000 – 200000\n"
             "---  ------  --------------------  ---------  --------------\n"
             "803  S003    杭州清源饮品有限公司        0.5            1.25\n"

@@ -1,5 +1,7 @@
 // What was typed, and what is said: mistakes that a user makes, and wishes that were read as something else.
 
+#include <algorithm>
+
 #include "tests/tool_kit.h"
 
 namespace rebate {

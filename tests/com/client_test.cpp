@@ -157,6 +157,8 @@ TEST_F(ComClient, LetsAFieldCountByItsValue) {
   ASSERT_EQ(client->GetIDsOfNames(IID_NULL, names, 1, 0, &id), S_OK);
   EXPECT_EQ(client->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYPUT, &parameters, nullptr, nullptr, nullptr), S_OK);
   EXPECT_EQ(map.Call("Value", {"id"}), Variant(71));
+  map.Put("Value", {field, "by its value"});  // as a key, too
+  EXPECT_EQ(map.Call("Value", {"71"}), Variant("by its value"));
   EXPECT_EQ(client->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYPUTREF, &parameters, nullptr, nullptr, nullptr), S_OK);
   EXPECT_TRUE(map.Call("Value", {"id"}).IsObject());
 }
