@@ -9,9 +9,10 @@
  * Texts. Every text is UTF-8 and ends with a NUL. Requests and answers are the JSON objects of `rebate call`, which
  * README.md describes. A text that a function gives belongs to the caller, until rebate_free.
  *
- * Errors. They are texts, too: {"error":{"number":...,"source":...,"description":...}}. No function raises or sets errno,
- * whatever it is given; each may be called while an exception of the host is under way. Want of memory is answered by
- * error 7; where not even the small pieces are to be had that taking a JSON value apart needs, the process ends.
+ * Errors. They are texts, too: {"error":{"number":...,"source":...,"description":...}}. No function raises or sets
+ * errno, whatever it is given; each may be called while an exception of the host is under way. Want of memory is
+ * answered by error 7; where not even the small pieces are to be had that taking a JSON value apart needs, the process
+ * ends.
  *
  * Threads. A session may be used from any thread, by one at a time: a call that comes while another one runs in the
  * same session is answered by error 70 and does nothing. Sessions work beside each other. The calls of a session run
@@ -50,15 +51,15 @@ uint32_t rebate_abi(void);
 /* Opens a session on the account that `dsn` names, for calls that leave their sDsn out; where `dsn` is NULL, each call
  * names its own. `flags` are added up, 0 for none. Gives NULL and puts the session's number at `session`; where there
  * is no such account, or an argument is wrong, gives the error and puts 0 there. */
-char *rebate_open(const char *dsn, uint32_t flags, rebate_session *session);
+char* rebate_open(const char* dsn, uint32_t flags, rebate_session* session);
 
 /* Carries out a request, one JSON object, and gives the answer, another one on one line; never NULL. A session that is
  * none, a request that is NULL or no JSON, and want of memory are answered by an error. The lines "login" and "cache"
  * of `rebate call` hold for all sessions of the process, until the last one is closed. */
-char *rebate_call(rebate_session session, const char *request);
+char* rebate_call(rebate_session session, const char* request);
 
 /* Frees a text that rebate_open or rebate_call gave; NULL is let be. */
-void rebate_free(char *text);
+void rebate_free(char* text);
 
 /* Closes a session, its connections and its threads; a call that runs in it comes to its end first. A number that is
  * no session's is let be. Texts that it gave stay. */

@@ -12,8 +12,8 @@
 namespace rebate {
 namespace {
 
-// While it lives, threads are born with signals blocked: those of the process are for the host's own threads. A thread's
-// own faults stay with whoever handles them.
+// While it lives, threads are born with signals blocked: those of the process are for the host's own threads. A
+// thread's own faults stay with whoever handles them.
 class SignalsBlocked {
  public:
 #ifdef __unix__
