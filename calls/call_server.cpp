@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char* kSource = "rebate call";
 constexpr Long kOutOfMemory = 7;
+// Each may hold open connections, with their files and memory.
+constexpr std::size_t kMostThreads = 64;
 
 [[noreturn]] void Refuse(const Text& reason) {
   throw Error(error_number::kInvalidCall, kSource, reason);
@@ -87,6 +89,10 @@ void CallServer::AnswerRequest(const Json& request, Json& answer) {
     AnswerCall(request, answer);
   } else if (CallControl::IsControl(request)) {
     answer.update(control_.Perform(request));
+  } else if (request.contains("end")) {
+    if (request.size() != 1) Refuse("A line that ends a thread is {\"end\":NAME}");
+    EndThread(TextOf(request, "end"));
+    answer["end"] = request["end"];
   } else if (request.contains("describe")) {
     if (request.size() != 1 || request["describe"] != true) {
       Refuse("A line that asks for a description is {\"describe\":true}");
@@ -127,13 +133,26 @@ void CallServer::AnswerCall(const Json& request, Json& answer) {
 void CallServer::Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const {
   AnswerErrors(answer, [&] {
     LateCall call(instances, operation, args, options_.dsn);
-    AnswerErrors(answer, [&] { answer["result"] = call.Invoke(); });
+    AnswerErrors(answer, [&] {
+      call.Invoke();
+      answer["result"] = call.Result();
+    });
     if (Json by_ref = call.ByRefArguments(); !by_ref.empty()) answer["args"] = std::move(by_ref);
   });
 }
 
 CallThread& CallServer::ThreadOf(const Text& name) {
+  const auto found = threads_.find(name);
+  if (found != threads_.end()) return found->second;
+  if (!name.empty() && threads_.size() - threads_.count({}) >= kMostThreads) {
+    Refuse("There are " + std::to_string(kMostThreads) + " threads: {\"end\":NAME} ends one that is no longer needed");
+  }
   return threads_.try_emplace(name, options_.library).first->second;
+}
+
+void CallServer::EndThread(const Text& name) {
+  if (name.empty()) Refuse("\"end\" names a thread; that of the calls that name none stays");
+  if (threads_.erase(name) == 0) Refuse("No thread has the name " + name);
 }
 
 }  // namespace rebate

@@ -24,9 +24,9 @@ struct CallOptions {
 // `tell` asks for more in the answer: "failure", why the operation failed where nothing else in it tells, and "scheme",
 // the id of the scheme that was stored; each null where there is none. The "id" of a request, any value, comes back.
 // {"describe":true} in the place of a call lists the operations (see CallDescription), one with "login" or "cache"
-// speaks for the host (see CallControl). Each thread named is a thread
-// of the process with one instance of each class, made on first use; a server answers one request at a time, for
-// whichever thread asks.
+// speaks for the host (see CallControl). Each thread named is a thread of the process with one instance of each class,
+// made on first use; {"end":NAME} ends one with all that it holds. There may be 64 of them; a call that names one more
+// is answered by an error. A server answers one request at a time, for whichever thread asks.
 class CallServer {
  public:
   // `control` outlives the server.
@@ -45,6 +45,7 @@ class CallServer {
   void AnswerCall(const Json& request, Json& answer);
   void Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const;
   CallThread& ThreadOf(const Text& name);
+  void EndThread(const Text& name);
 
   CallOptions options_;
   CallControl& control_;

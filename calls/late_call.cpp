@@ -132,10 +132,13 @@ std::size_t LateCall::PositionOf(const Text& argument) const {
               "Named argument not found: " + argument + "; " + member_->name + " takes " + ArgumentNames(*member_));
 }
 
-Json LateCall::Invoke() {
-  const Variant result = object_->Invoke(member_->name, values_);
+void LateCall::Invoke() {
+  result_ = object_->Invoke(member_->name, values_);
+}
+
+Json LateCall::Result() const {
   if (member_->result.kind == DeclaredType::Kind::None) return nullptr;
-  return ToJson(result);
+  return ToJson(result_);
 }
 
 Json LateCall::ByRefArguments() const {

@@ -23,9 +23,11 @@ class LateCall {
   // argument named.
   LateCall(Instances& instances, const Text& operation, const Json& args, const std::optional<Text>& dsn);
 
-  // Makes the call and gives its result, null where the member has none. Raises what the member raises.
-  Json Invoke();
+  // Makes the call. Raises what the member raises.
+  void Invoke();
 
+  // The result of the call that was made, null where the member has none.
+  Json Result() const;
   // The by-ref arguments as they stand, by name.
   Json ByRefArguments() const;
 
@@ -38,6 +40,7 @@ class LateCall {
   ObjectRef object_;
   const Member* member_;
   std::vector<Variant> values_;
+  Variant result_;
 };
 
 }  // namespace rebate

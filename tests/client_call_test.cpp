@@ -218,5 +218,22 @@ TEST(ClientCall, EachThreadHasInstancesOfItsOwnAndStaysTheSame) {
   EXPECT_EQ(answers.at(4), answers.at(5));
 }
 
+TEST(ClientCall, ThreadsAreBoundedAndEndWhenAsked) {
+  std::vector<Text> requests;
+  const auto count = [](int thread) { return R"({"op":"Counter.Count","thread":"t)" + std::to_string(thread) + "\"}"; };
+  const auto end = [](int thread) { return R"({"end":"t)" + std::to_string(thread) + "\"}"; };
+  for (int i = 1; i <= 65; ++i) requests.push_back(count(i));
+  requests.insert(requests.end(), {end(7), count(65), end(7), count(7), R"({"end":""})", R"({"end":1})"});
+  const auto answers = Serve(requests);
+  EXPECT_EQ(ParseJson(answers.at(63))["result"], 0);
+  EXPECT_EQ(ParseJson(answers.at(64))["error"]["description"],
+            "There are 64 threads: {\"end\":NAME} ends one that is no longer needed");
+  EXPECT_EQ(answers.at(65), R"({"end":"t7"})");
+  EXPECT_EQ(ParseJson(answers.at(66))["result"], 0);
+  EXPECT_EQ(ParseJson(answers.at(67))["error"]["description"], "No thread has the name t7");
+  EXPECT_EQ(ParseJson(answers.at(68))["error"]["number"], 5);
+  for (const Text& answer : {answers.at(69), answers.at(70)}) EXPECT_EQ(ParseJson(answer)["error"]["number"], 5);
+}
+
 }  // namespace
 }  // namespace rebate
