@@ -97,6 +97,7 @@ class CallFrame {
 
   void OpenDataContext(const Text& dsn);
   void Vote(OnFailure on_failure, const Error& error);
+  void CompleteWhatIsThere();
   static bool ResetsResult(OnFailure on_failure);
   static void Report(const Error& error, Ref<Dictionary>& result);
 

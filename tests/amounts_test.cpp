@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <boost/multiprecision/cpp_int.hpp>
+#include <clocale>
 #include <random>
 
 #include "platform/login/process_cache.h"
@@ -283,6 +284,25 @@ TEST_F(Amounts, AreOrderedAsNumbers) {
         std::count_if(amounts_.begin(), amounts_.end(), [&](const Amount& a) { return a.units < limit; });
     EXPECT_EQ(Rows("select count(*) from t_amount where FAmount<" + TextOf(limit)), std::to_string(below));
   }
+}
+
+// ---- a host that has set a locale ----
+
+TEST(AmountsInAnyLocale, AreStoredAndReadAsTheyAre) {
+  const TestAccount account;
+  AddMasterData(account);
+  const Text former = std::setlocale(LC_ALL, nullptr);
+  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no locale with a decimal comma";
+  SchemeRequest request;
+  request.ranges = List({Row({{"FLowerLimit", 80.5}, {"FUpperLimit", "100.25"}})});
+  request.Organisation(0, 8, 7).GridRow({71}, 0.25).GridRow({72}, "5.75");
+  const bool saved = request.Saves(account);
+  const Text rates = account.Rows("select FRebateRate,FRebateRate*2 from t_FL_RebateRule order by FID");
+  const Text range = account.Rows("select FLowerLimit,FUpperLimit from t_FL_RebateRange");
+  std::setlocale(LC_ALL, former.c_str());
+  EXPECT_TRUE(saved);
+  EXPECT_EQ(rates, "0.25|0.5\n5.75|11.5");
+  EXPECT_EQ(range, "80.5|100.25");
 }
 
 }  // namespace

@@ -38,6 +38,9 @@ class Connection : public RefCounted {
   // connection that can't tell all of it tells what Execute and TakeMessages give.
   virtual void ExecuteFor(std::string_view text, BatchListener& listener);
 
+  // Whether it may be used further: false where a failure may have left it other than its user thinks.
+  virtual bool IsSound() const { return true; }
+
   // Readies a unit of work; one that is open is undone first. Takes no lock.
   virtual void BeginWork() = 0;
   // Makes the work of the unit stand and ends it; raises where that fails, and the work is then undone. Without an open

@@ -19,7 +19,7 @@ Ref<PooledConnection> ConnectionPool::Take(const Text& dsn, const DataSource& so
   if (found != kept_.end() && !taken_by_outer_call) {
     Ref<PooledConnection> kept = *found;
     kept_.erase(found);
-    if (!kept->broken && kept->file == file) {
+    if (!kept->broken && kept->connection->IsSound() && kept->file == file) {
       kept_.push_back(kept);
       return kept;
     }

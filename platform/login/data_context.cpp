@@ -87,6 +87,9 @@ class CallConnection : public Connection {
     } catch (const Error& error) {
       if (pooled_ && error.number == database_error::kConnection) pooled_->broken = true;
       throw;
+    } catch (...) {
+      if (pooled_) pooled_->broken = true;
+      throw;
     }
   }
 

@@ -65,8 +65,8 @@ void CheckName(const ObjectName& name) {
 }  // namespace
 
 AccountCatalog::AccountCatalog(sqlite3* database, Text path) : database_(database), path_(std::move(path)) {
-  sqlite3_create_function_v2(database_, Text(tsql::kNextIdentity).c_str(), 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, this,
-                             GiveNextIdentity, nullptr, nullptr, nullptr);
+  NeedDone(sqlite3_create_function_v2(database_, Text(tsql::kNextIdentity).c_str(), 1, SQLITE_UTF8 | SQLITE_INNOCUOUS,
+                                      this, GiveNextIdentity, nullptr, nullptr, nullptr));
   RegisterSystemTables(database_, *this);
 }
 
@@ -205,7 +205,7 @@ void AccountCatalog::Committed() {
   permanent_changed_ = false;
 }
 
-void AccountCatalog::RolledBack() {
+void AccountCatalog::RolledBack() noexcept {
   if (before_) {
     temporary_ = std::move(*before_);
     before_.reset();
@@ -218,8 +218,8 @@ void AccountCatalog::RolledBack() {
   }
 }
 
-void AccountCatalog::ReturnTo(const Mark& mark) {
-  temporary_ = mark.temporary;
+void AccountCatalog::ReturnTo(Mark&& mark) noexcept {
+  temporary_ = std::move(mark.temporary);
   permanent_.clear();
   ++epoch_;
 }

@@ -72,18 +72,18 @@ class AccountCatalog : public tsql::Catalog {
   void SetIdentityInsert(const tsql::ObjectName& name, bool on);
   // Raises the server's error where an insert names the identity column (`given`) and may not, or doesn't and must.
   void CheckIdentityInsert(const tsql::TableInfo& table, bool given) const;
-  void ForgetIdentityInsert() { identity_insert_.clear(); }
+  void ForgetIdentityInsert() noexcept { identity_insert_.clear(); }
 
   // ---- the transaction around the changes ended ----
   void Committed();
-  void RolledBack();
+  void RolledBack() noexcept;
 
   // What stood at one moment, for a statement that fails half way.
   struct Mark {
     TemporaryTables temporary;
   };
   Mark MakeMark() const { return {temporary_}; }
-  void ReturnTo(const Mark& mark);
+  void ReturnTo(Mark&& mark) noexcept;
 
  private:
   // So many dropped temporary tables are kept for their next making.

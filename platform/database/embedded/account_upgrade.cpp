@@ -30,7 +30,7 @@ std::optional<Decimal> AmountOf(sqlite3_value* value) {
     case SQLITE_FLOAT:
       return DigitsMeant(sqlite3_value_double(value));
     default:
-      return Decimal::Parse(reinterpret_cast<const char*>(sqlite3_value_text(value)));
+      return Decimal::Parse(TextOf(value));
   }
 }
 
@@ -42,8 +42,7 @@ void GiveAmount(sqlite3_context* context, int, sqlite3_value** arguments) noexce
     if (amount) amount = amount->WithScale(sqlite3_value_int(arguments[1]));
     if (!amount) {
       throw Error(database_error::kConnection, "",
-                  "the column " + Text(reinterpret_cast<const char*>(sqlite3_value_text(arguments[2]))) +
-                      " holds what is no amount");
+                  "the column " + Text(TextOf(arguments[2])) + " holds what is no amount");
     }
     const Text key = amount->ToKey();
     sqlite3_result_text(context, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
@@ -67,8 +66,9 @@ class UpgradeFunctions {
   using Function = void (*)(sqlite3_context*, int, sqlite3_value**);
   void Register(Function amount, Function assigned) {
     for (const auto& [name, function] : {std::pair("account_amount", amount), std::pair("t_assign", assigned)}) {
-      sqlite3_create_function_v2(database_, name, 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, function, nullptr,
-                                 nullptr, nullptr);
+      const int result = sqlite3_create_function_v2(database_, name, 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr,
+                                                    function, nullptr, nullptr, nullptr);
+      if (function != nullptr) NeedDone(result);
     }
   }
   sqlite3* database_;

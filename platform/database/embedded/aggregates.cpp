@@ -110,10 +110,11 @@ void RegisterAggregates(sqlite3* database) {
   static const std::vector<Definition> definitions = MakeDefinitions();
   constexpr int kFlags = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
   for (const Definition& definition : definitions) {
-    sqlite3_create_function_v2(database, definition.name.c_str(), 1, kFlags, const_cast<Definition*>(&definition),
-                               nullptr, Accumulate, GiveAccumulated, nullptr);
+    NeedDone(sqlite3_create_function_v2(database, definition.name.c_str(), 1, kFlags,
+                                        const_cast<Definition*>(&definition), nullptr, Accumulate, GiveAccumulated,
+                                        nullptr));
   }
-  sqlite3_create_function_v2(database, "t_single", 1, kFlags, nullptr, nullptr, TakeRow, GiveRow, nullptr);
+  NeedDone(sqlite3_create_function_v2(database, "t_single", 1, kFlags, nullptr, nullptr, TakeRow, GiveRow, nullptr));
 }
 
 }  // namespace rebate

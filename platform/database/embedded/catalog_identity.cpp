@@ -43,11 +43,7 @@ std::optional<std::int64_t> Next(const TableInfo& table, const std::optional<std
 
 void AccountCatalog::GiveNextIdentity(sqlite3_context* context, int, sqlite3_value** arguments) noexcept {
   auto* catalog = static_cast<AccountCatalog*>(sqlite3_user_data(context));
-  Guarded(context, [&] {
-    const auto* key = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
-    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
-    sqlite3_result_int64(context, catalog->NextIdentity({key != nullptr ? key : "", size}));
-  });
+  Guarded(context, [&] { sqlite3_result_int64(context, catalog->NextIdentity(TextOf(arguments[0]))); });
 }
 
 std::int64_t AccountCatalog::NextIdentity(std::string_view key) {
@@ -104,7 +100,7 @@ void AccountCatalog::WriteCounter(const TableInfo& table, std::optional<std::int
   if (last) {
     Bind(counter_writer_.get(), 2, *last);
   } else {
-    sqlite3_bind_null(counter_writer_.get(), 2);
+    BindNull(counter_writer_.get(), 2);
   }
   const int result = sqlite3_step(counter_writer_.get());
   if (result != SQLITE_DONE) throw SqliteError(database_, result, path_);

@@ -14,7 +14,18 @@ RecordsetRef ResultOf(const BatchRunner& runner) {
 
 RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* listener) {
   messages_.clear();
-  if (text.size() > kWholeBatch) return RunParts(text, listener);
+  try {
+    return text.size() > kWholeBatch ? RunParts(text, listener) : RunWhole(text, listener);
+  } catch (const std::bad_alloc&) {
+    session_.Distrust();
+    throw;
+  } catch (const Error& error) {
+    if (error.number == database_error::kMemory) session_.Distrust();
+    throw;
+  }
+}
+
+RecordsetRef EmbeddedConnection::RunWhole(std::string_view text, BatchListener* listener) {
   ReadTemplate(text, template_);
   const PreparedBatchPtr batch = cache_.Get(text, template_);
   BatchRunner runner(session_, messages_, listener);

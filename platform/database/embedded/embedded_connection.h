@@ -13,6 +13,7 @@ class EmbeddedConnection : public Connection {
 
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
+  bool IsSound() const override { return session_.sound(); }
   std::vector<Text> TakeMessages() override { return std::exchange(messages_, {}); }
   void BeginWork() override { session_.BeginWork(); }
   void CommitWork() override { session_.CommitWork(); }
@@ -23,6 +24,7 @@ class EmbeddedConnection : public Connection {
   static constexpr std::size_t kWholeBatch = 2048;
 
   RecordsetRef Run(std::string_view text, BatchListener* listener);
+  RecordsetRef RunWhole(std::string_view text, BatchListener* listener);
   RecordsetRef RunParts(std::string_view text, BatchListener* listener);
 
   Session session_;

@@ -54,11 +54,6 @@ struct CalculationSite {
   Program::Memory memory;
 };
 
-std::string_view TextOf(sqlite3_value* value) {
-  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  return {text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value))};
-}
-
 void Calculate(sqlite3_context* context, int count, sqlite3_value** arguments) noexcept {
   Guarded(context, [&] {
     auto* site = static_cast<CalculationSite*>(sqlite3_get_auxdata(context, 0));
@@ -82,8 +77,9 @@ void Calculate(sqlite3_context* context, int count, sqlite3_value** arguments) n
 void RegisterCalculations(sqlite3* database) {
   // One cache for both: the first that goes takes it along.
   const auto make = [&](const char* name, int flags) {
-    sqlite3_create_function_v2(database, name, -1, SQLITE_UTF8 | SQLITE_INNOCUOUS | flags, new Calculations, Calculate,
-                               nullptr, nullptr, [](void* kept) { delete static_cast<Calculations*>(kept); });
+    NeedDone(sqlite3_create_function_v2(database, name, -1, SQLITE_UTF8 | SQLITE_INNOCUOUS | flags, new Calculations,
+                                        Calculate, nullptr, nullptr,
+                                        [](void* kept) { delete static_cast<Calculations*>(kept); }));
   };
   make("t_calc", SQLITE_DETERMINISTIC);
   make("t_calc_anew", 0);
@@ -194,18 +190,20 @@ void GiveValue(sqlite3_context* context, const Value& value) {
 
 void RegisterFunctions(sqlite3* database) {
   const auto collation = [&](std::string_view name, auto* compare) {
-    sqlite3_create_collation_v2(database, Text(name).c_str(), SQLITE_UTF8, nullptr, compare, nullptr);
+    NeedDone(sqlite3_create_collation_v2(database, Text(name).c_str(), SQLITE_UTF8, nullptr, compare, nullptr));
   };
   collation(tsql::kTextCollation, Collate<CompareText>);
   collation(tsql::kTextOrder, Collate<CompareInOrder>);
   collation(tsql::kNumberCollation, Collate<CompareKeys>);
   RegisterCalculations(database);
   RegisterAggregates(database);
-  const int plain = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
-  sqlite3_create_function_v2(database, "t_top", 1, plain, nullptr, TopRows, nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(database, "t_percent", 2, plain, nullptr, PercentOfRows, nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(database, "t_now", 0, SQLITE_UTF8 | SQLITE_INNOCUOUS, nullptr, NowFunction, nullptr,
-                             nullptr, nullptr);
+  const auto function = [&](const char* name, int arguments, int flags, auto* call) {
+    NeedDone(sqlite3_create_function_v2(database, name, arguments, SQLITE_UTF8 | SQLITE_INNOCUOUS | flags, nullptr,
+                                        call, nullptr, nullptr, nullptr));
+  };
+  function("t_top", 1, SQLITE_DETERMINISTIC, TopRows);
+  function("t_percent", 2, SQLITE_DETERMINISTIC, PercentOfRows);
+  function("t_now", 0, 0, NowFunction);
 }
 
 }  // namespace rebate

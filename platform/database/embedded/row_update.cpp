@@ -35,7 +35,7 @@ void ChangedRow::BindTo(sqlite3_stmt* insert) const {
     const int index = static_cast<int>(i) + 2;
     const bool text = cell.value.kind == Value::Kind::Decimal || cell.value.kind == Value::Kind::Text;
     if (cell.kept) {
-      sqlite3_bind_value(insert, index, cell.kept.get());
+      NeedDone(sqlite3_bind_value(insert, index, cell.kept.get()));
     } else if (text) {
       Bind(insert, index, std::string_view(cell.text));
     } else {

@@ -12,10 +12,9 @@ Session::Session(DatabaseHandle database, Text path)
       rollback_(Prepare(database_.get(), "ROLLBACK", path_)) {}
 
 void Session::Step(sqlite3_stmt* statement) {
+  const RunningStatement running(statement);
   const int result = sqlite3_step(statement);
-  const Error error = result == SQLITE_DONE ? Error(0, "", "") : SqliteError(database(), result, path_);
-  sqlite3_reset(statement);
-  if (result != SQLITE_DONE) throw error;
+  if (result != SQLITE_DONE) throw SqliteError(database(), result, path_);
 }
 
 void Session::Begin(bool reads_only) {
@@ -34,6 +33,7 @@ void Session::Rollback() noexcept {
     sqlite3_step(rollback_.get());
     sqlite3_reset(rollback_.get());
   }
+  if (InTransaction()) sound_ = false;
   catalog_.RolledBack();
   begun_ = lost_ = false;
 }
@@ -63,7 +63,16 @@ void Session::BeginWork() {
   unit_open_ = true;
 }
 
+void Session::NeedSound() const {
+  if (sound_) [[likely]]
+    return;
+  throw Error(database_error::kConnection, "",
+              "The connection to the account " + path_ +
+                  " can't be used any more, after an error that it couldn't undo: connect anew.");
+}
+
 void Session::NeedTransaction(bool reads_only) {
+  NeedSound();
   if (lost_) {
     throw Error(database_error::kStatement, "",
                 "The transaction was undone by an earlier error and can take no more statements.");
@@ -73,6 +82,10 @@ void Session::NeedTransaction(bool reads_only) {
 
 void Session::CommitWork() {
   if (!unit_open_) return;
+  if (!sound_) {
+    RollbackWork();
+    NeedSound();
+  }
   if (lost_) {
     RollbackWork();
     throw Error(database_error::kStatement, "",
@@ -126,11 +139,12 @@ void Session::RollbackTransaction() {
   nesting_ = 0;
 }
 
-void Session::UndoStatement(const AccountCatalog::Mark& mark) noexcept {
-  if (InTransaction()) {
-    sqlite3_exec(database(), "ROLLBACK TO statement; RELEASE statement", nullptr, nullptr, nullptr);
+void Session::UndoStatement(AccountCatalog::Mark&& mark) noexcept {
+  if (InTransaction() &&
+      sqlite3_exec(database(), "ROLLBACK TO statement; RELEASE statement", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    sound_ = false;
   }
-  catalog_.ReturnTo(mark);
+  catalog_.ReturnTo(std::move(mark));
   NoticeFailure();
 }
 

@@ -54,28 +54,33 @@ class Session {
   // Notes that a statement failed: SQLite gives some transactions up by itself.
   void NoticeFailure() noexcept;
 
+  // False where a failure may have left something that couldn't be undone: nothing runs on it any more.
+  bool sound() const { return sound_; }
+  void Distrust() noexcept { sound_ = false; }
+
   std::optional<std::int64_t> identity;
   std::int64_t row_count = 0;
 
  private:
   template <typename Work>
   void InSavepoint(const Work& work) {
-    const AccountCatalog::Mark mark = catalog_.MakeMark();
+    AccountCatalog::Mark mark = catalog_.MakeMark();
     Run(database(), "SAVEPOINT statement", path_);
     try {
       work();
       Run(database(), "RELEASE statement", path_);
     } catch (...) {
-      UndoStatement(mark);
+      UndoStatement(std::move(mark));
       throw;
     }
   }
 
+  void NeedSound() const;
   void Begin(bool reads_only);
   void Step(sqlite3_stmt* statement);
   void Commit();
   void EndUnit() noexcept;
-  void UndoStatement(const AccountCatalog::Mark& mark) noexcept;
+  void UndoStatement(AccountCatalog::Mark&& mark) noexcept;
   void Rollback() noexcept;
   bool InTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
 
@@ -86,7 +91,8 @@ class Session {
   bool unit_open_ = false;
   bool begun_ = false;  // the transaction, for the unit or for `begin tran`
   bool lost_ = false;   // SQLite gave the transaction up
-  Long nesting_ = 0;    // of `begin tran`
+  bool sound_ = true;
+  Long nesting_ = 0;  // of `begin tran`
 };
 
 }  // namespace rebate

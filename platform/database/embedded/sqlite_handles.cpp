@@ -94,7 +94,7 @@ Error SqliteError(sqlite3* database, int result, const Text& path) {
     case SQLITE_PROTOCOL:
       return Unreachable(path, "the file can't be locked", result);
     case SQLITE_NOMEM:
-      return Error(database_error::kStatement, "", "There is insufficient system memory to run this query.");
+      return Error(database_error::kMemory, "", "There is insufficient system memory to run this query.");
     case SQLITE_TOOBIG:
       return Error(database_error::kStatement, "", "The text is longer than an embedded account holds.");
     default:
@@ -106,9 +106,17 @@ Text MarkedMessage(const Error& error) {
   return kOwnError + std::to_string(error.number) + ' ' + error.description;
 }
 
-void GiveError(sqlite3_context* context, const Error& error) {
-  const Text message = MarkedMessage(error);
-  sqlite3_result_error(context, message.c_str(), static_cast<int>(message.size()));
+void GiveCurrentError(sqlite3_context* context) noexcept {
+  try {
+    const Text message = MarkedMessage(CurrentError());
+    sqlite3_result_error(context, message.c_str(), static_cast<int>(message.size()));
+  } catch (...) {
+    sqlite3_result_error_nomem(context);
+  }
+}
+
+void NeedDone(int result) {
+  if (result != SQLITE_OK) throw SqliteError(nullptr, result, "");
 }
 
 StatementHandle Prepare(sqlite3* database, std::string_view sql, const Text& path) {
@@ -127,17 +135,17 @@ void Run(sqlite3* database, const Text& sql, const Text& path) {
 void Bind(sqlite3_stmt* statement, int index, const tsql::Value& value) {
   switch (value.kind) {
     case tsql::Value::Kind::Null:
-      sqlite3_bind_null(statement, index);
+      NeedDone(sqlite3_bind_null(statement, index));
       break;
     case tsql::Value::Kind::Integer:
-      sqlite3_bind_int64(statement, index, value.integer);
+      NeedDone(sqlite3_bind_int64(statement, index, value.integer));
       break;
     case tsql::Value::Kind::Real:
-      sqlite3_bind_double(statement, index, value.real);
+      NeedDone(sqlite3_bind_double(statement, index, value.real));
       break;
     case tsql::Value::Kind::Decimal: {
       const Text key = value.decimal.ToKey();
-      sqlite3_bind_text(statement, index, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
+      NeedDone(sqlite3_bind_text(statement, index, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT));
       break;
     }
     case tsql::Value::Kind::Text:
@@ -147,17 +155,35 @@ void Bind(sqlite3_stmt* statement, int index, const tsql::Value& value) {
 }
 
 void Bind(sqlite3_stmt* statement, int index, std::string_view text) {
-  sqlite3_bind_text(statement, index, text.data() != nullptr ? text.data() : "", static_cast<int>(text.size()),
-                    SQLITE_STATIC);
+  NeedDone(sqlite3_bind_text(statement, index, text.data() != nullptr ? text.data() : "", static_cast<int>(text.size()),
+                             SQLITE_STATIC));
 }
 
 void Bind(sqlite3_stmt* statement, int index, std::int64_t number) {
-  sqlite3_bind_int64(statement, index, number);
+  NeedDone(sqlite3_bind_int64(statement, index, number));
+}
+
+void BindNull(sqlite3_stmt* statement, int index) {
+  NeedDone(sqlite3_bind_null(statement, index));
 }
 
 std::string_view ColumnText(sqlite3_stmt* statement, int column) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-  return {text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+  if (text == nullptr) [[unlikely]] {
+    // A Null, or a text for which there is no memory.
+    if (sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM) throw std::bad_alloc();
+    return "";
+  }
+  return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+}
+
+std::string_view TextOf(sqlite3_value* value) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  if (text == nullptr) [[unlikely]] {
+    if (sqlite3_value_type(value) != SQLITE_NULL) throw std::bad_alloc();
+    return "";
+  }
+  return {text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
 bool RowQuery::Next() {
@@ -167,8 +193,8 @@ bool RowQuery::Next() {
 }
 
 void RowQuery::BindCopy(int index, std::string_view text) {
-  sqlite3_bind_text(statement_.get(), index, text.data() != nullptr ? text.data() : "", static_cast<int>(text.size()),
-                    SQLITE_TRANSIENT);
+  NeedDone(sqlite3_bind_text(statement_.get(), index, text.data() != nullptr ? text.data() : "",
+                             static_cast<int>(text.size()), SQLITE_TRANSIENT));
 }
 
 }  // namespace rebate

@@ -42,31 +42,39 @@ Error SqliteError(sqlite3* database, int result, const Text& path);
 
 // What SqliteError knows one of our errors by, where a function or a table of ours hands SQLite a message.
 Text MarkedMessage(const Error& error);
-// Ends a call of one of our functions with an error, which SqliteError gives again.
-void GiveError(sqlite3_context* context, const Error& error);
+// In a handler: ends a call of one of our functions with what was raised, which SqliteError gives again.
+void GiveCurrentError(sqlite3_context* context) noexcept;
 
 // Runs the body of one of our functions and turns what it raises into the error of the call.
 template <typename Body>
 void Guarded(sqlite3_context* context, const Body& body) noexcept {
   try {
     body();
-  } catch (const Error& error) {
-    GiveError(context, error);
   } catch (const std::bad_alloc&) {
     sqlite3_result_error_nomem(context);
+  } catch (...) {
+    GiveCurrentError(context);
   }
 }
+
+// Raises what SqliteError makes of a result other than SQLITE_OK, of a call that no message comes with.
+void NeedDone(int result);
 
 // Prepares one statement for repeated use; raises SqliteError.
 StatementHandle Prepare(sqlite3* database, std::string_view sql, const Text& path);
 // Runs statements without results; raises SqliteError.
 void Run(sqlite3* database, const Text& sql, const Text& path);
 
-// Binds a value to `?index`. Its text must stay where it is until the statement is bound anew or gone.
+// Binds a value to `?index`; raises where it has no room. Its text must stay where it is until the statement is bound
+// anew or gone.
 void Bind(sqlite3_stmt* statement, int index, const tsql::Value& value);
 void Bind(sqlite3_stmt* statement, int index, std::string_view text);
 void Bind(sqlite3_stmt* statement, int index, std::int64_t number);
+void BindNull(sqlite3_stmt* statement, int index);
+// The text of a column of the current row, or of a function's argument, in SQLite's memory; empty for a Null. Raises
+// std::bad_alloc where there is no memory for it.
 std::string_view ColumnText(sqlite3_stmt* statement, int column);
+std::string_view TextOf(sqlite3_value* value);
 
 // One question with its rows: `while (query.Next()) ... query.TextAt(0)`.
 class RowQuery {

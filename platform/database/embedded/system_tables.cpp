@@ -33,7 +33,7 @@ Text ModuleName(const SystemTable& table) {
   return "server's " + Text(table.owner) + (table.owner.empty() ? "" : ".") + Text(table.name);
 }
 
-int Connect(sqlite3* database, void* data, int, const char* const*, sqlite3_vtab** table, char**) {
+int Connect(sqlite3* database, void* data, int, const char* const*, sqlite3_vtab** table, char**) try {
   const auto& source = *static_cast<const Source*>(data);
   Text definition;
   for (const tsql::ColumnInfo& column : source.table->columns) {
@@ -43,6 +43,8 @@ int Connect(sqlite3* database, void* data, int, const char* const*, sqlite3_vtab
   const int result = sqlite3_declare_vtab(database, (definition + ')').c_str());
   if (result == SQLITE_OK) *table = new VirtualTable(source);
   return result;
+} catch (const std::bad_alloc&) {
+  return SQLITE_NOMEM;
 }
 
 int Disconnect(sqlite3_vtab* table) {
@@ -57,8 +59,8 @@ int BestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
 }
 
 int Open(sqlite3_vtab*, sqlite3_vtab_cursor** cursor) {
-  *cursor = new VirtualCursor;
-  return SQLITE_OK;
+  *cursor = new (std::nothrow) VirtualCursor;
+  return *cursor != nullptr ? SQLITE_OK : SQLITE_NOMEM;
 }
 
 int Close(sqlite3_vtab_cursor* cursor) {
@@ -144,8 +146,8 @@ bool Means(const tsql::ObjectName& name, const SystemTable& table) {
 void RegisterSystemTables(sqlite3* database, AccountCatalog& catalog) {
   static const sqlite3_module module = MakeModule();
   for (const SystemTable& table : SystemTables()) {
-    sqlite3_create_module_v2(database, ModuleName(table).c_str(), &module, new Source{&catalog, &table},
-                             [](void* source) { delete static_cast<Source*>(source); });
+    NeedDone(sqlite3_create_module_v2(database, ModuleName(table).c_str(), &module, new Source{&catalog, &table},
+                                      [](void* source) { delete static_cast<Source*>(source); }));
   }
 }
 
