@@ -42,8 +42,13 @@ void Dictionary::SetValue(std::string_view key, Variant value) {
     return;
   }
   OwnKeys();
-  keys_->Add(key);
   values_.push_back(std::move(value));
+  try {
+    keys_->Add(key);
+  } catch (...) {
+    values_.pop_back();
+    throw;
+  }
 }
 
 Variant Dictionary::GetValue(std::string_view key, Variant fallback) const {
@@ -76,14 +81,12 @@ void Dictionary::Clear() {
 void Dictionary::OwnKeys() {
   if (owns_keys_) return;
   Ref<KeyList> own = New<KeyList>();
-  std::vector<Variant> values;
   for (std::size_t i = 0; i < values_.size(); ++i) {
-    if (values_[i].IsMissing()) continue;
-    own->Add((*keys_)[i]);
-    values.push_back(std::move(values_[i]));
+    if (!values_[i].IsMissing()) own->Add((*keys_)[i]);
   }
+  // From here on nothing fails.
+  std::erase_if(values_, [](const Variant& value) { return value.IsMissing(); });
   keys_ = std::move(own);
-  values_ = std::move(values);
   removed_ = 0;
   owns_keys_ = true;
 }

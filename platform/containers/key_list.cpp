@@ -22,10 +22,12 @@ std::optional<std::size_t> KeyList::Find(std::string_view key) const {
 
 void KeyList::Add(std::string_view key) {
   keys_.emplace_back(key);
-  if (!index_.empty()) {
+  if (keys_.size() < kIndexFrom) return;
+  if (index_.empty()) return Reindex();
+  try {
     index_.emplace(key, keys_.size() - 1);
-  } else if (keys_.size() >= kIndexFrom) {
-    Reindex();
+  } catch (const std::bad_alloc&) {
+    index_.clear();
   }
 }
 
@@ -34,9 +36,14 @@ void KeyList::Erase(std::size_t index) {
   if (!index_.empty()) Reindex();
 }
 
+// Where there is no memory for an index, a walk finds the keys.
 void KeyList::Reindex() {
-  index_.clear();
-  for (std::size_t i = 0; i < keys_.size(); ++i) index_.emplace(keys_[i], i);
+  try {
+    index_.clear();
+    for (std::size_t i = 0; i < keys_.size(); ++i) index_.emplace(keys_[i], i);
+  } catch (const std::bad_alloc&) {
+    index_.clear();
+  }
 }
 
 }  // namespace rebate

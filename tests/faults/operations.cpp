@@ -53,7 +53,9 @@ bool Operation::IsFailure(const Json& answer) const {
   if (*fails == "error") return answer.contains("error");
   if (!answer.contains("result")) return false;
   const Json& result = answer["result"];
-  if (!fails->is_object()) return result == *fails;
+  if (!fails->is_object()) return result == *fails || (fails_late && result == *fails_late);
+  // A scheme that overlaps is refused for a reason.
+  if (result.contains("Repeat")) return false;
   for (const auto& [key, value] : fails->items()) {
     if (!result.is_object() || !result.contains(key) || result[key] != value) return false;
   }
@@ -69,6 +71,8 @@ std::vector<Operation> AllOperations() {
     Operation operation;
     operation.request = {{"op", json["op"]}, {"args", json["args"]}};
     if (json.contains("fails")) operation.fails = json["fails"];
+    if (json.contains("fails_late")) operation.fails_late = json["fails_late"];
+    operation.completes = json.contains("completes");
     operation.warm =
         json.contains("warm") ? json["warm"].get<std::vector<Json>>() : std::vector<Json>(1, operation.request);
     const Text name = json["op"].get<Text>();

@@ -14,7 +14,9 @@ struct Operation {
   Text name;                  // its member, with a number behind it where an earlier one has the same
   Json request;               // {"op":…,"args":{…}}
   std::optional<Json> fails;  // its answer where it fails, or "error"; an object stands for all that hold its members
-  std::vector<Json> warm;     // the calls that come before it on a warm connection: itself, where nothing else is named
+  std::optional<Json> fails_late;  // likewise, where its result stands before its last statement
+  bool completes = false;          // whether a failure casts the complete vote, so that work may stand behind it
+  std::vector<Json> warm;  // the calls that come before it on a warm connection: itself, where nothing else is named
 
   // Whether the answer is that of a failure.
   bool IsFailure(const Json& answer) const;

@@ -25,7 +25,7 @@ class Tool:
 
     def fingerprint(self, dsn):
         """What an account holds: each table's number of rows and a sum over their numbers."""
-        tables = [row["name"] for row in self.rows(dsn, "select name from sys.tables order by name")]
+        tables = [row["name"] for row in self.rows(dsn, "select name from sysobjects where xtype='U' order by name")]
         return {name: self.run("sql", dsn, "--json", f"select * from {name}") for name in tables}
 
 
