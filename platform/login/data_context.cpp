@@ -152,6 +152,7 @@ class PoolingContext : public DataContext {
 class ThreadApplication : public GlobalApplication {
  public:
   Ref<DataContext> GetContext() override { return MakeDataContext(pool_); }
+  ConnectionPool& connections() { return *pool_; }
 
  private:
   std::shared_ptr<ConnectionPool> pool_ = std::make_shared<ConnectionPool>();
@@ -165,6 +166,10 @@ Ref<DataContext> MakeDataContext(std::shared_ptr<ConnectionPool> pool) {
 
 GlobalApplication& TheGlobalApplication() {
   return OfThisThread<ThreadApplication>();
+}
+
+ConnectionPool& ConnectionsOfThisThread() {
+  return OfThisThread<ThreadApplication>().connections();
 }
 
 }  // namespace rebate
