@@ -201,6 +201,9 @@ Text DecodeFile(Text bytes, Encoding encoding) {
     if (good == bytes.size()) return bytes;
     const Text place = PlaceBehind(std::string_view(bytes).substr(0, good));
     if (encoding == Encoding::Utf8) Refuse("what stands at " + place + " is no UTF-8");
+    // As GB18030 it might read, as other characters.
+    if (IsDamagedUtf8(bytes))
+      Refuse("the file is UTF-8, but what stands at " + place + " is none; --encoding gb18030 reads it as GB18030");
   }
   Decoded decoded = FromGb18030(bytes);
   if (decoded.whole) return std::move(decoded.text);

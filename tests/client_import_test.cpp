@@ -158,6 +158,7 @@ TEST_F(ClientImport, EncodingsAreToldApart) {
   } cases[] = {{wide, {"--encoding", "utf-8"}, "what stands at line 1, character 1 is no UTF-8"},
                {"\xEF\xBB\xBF" + wide, {}, "line 1, character 1 is no UTF-8"},
                {wide + "A,\xC9\xCC\xFF\n", {}, "neither UTF-8 nor GB18030: what stands at line 3, character 4 is no"},
+               {"Number,Name\nS001,商品\xE5\x95\n", {}, "the file is UTF-8, but what stands at line 2, character 8"},
                {wide + "A,\xC9\xCC\x81", {}, "line 3, character 4 is no GB18030"}};
   for (const auto& one : cases) {
     const Outcome refused = Import("suppliers", one.content, one.more);
