@@ -243,9 +243,14 @@ void SaveDirectory(const SaveOptions& options, Tool& tool) {
 }
 
 void SaveLines(const SaveOptions& options, const Text& text, Tool& tool) {
+  const bool is_input = options.file == "-";
+  const Text name = is_input ? "stdin" : options.file;
   std::vector<Source> sources;
+  if (is_input && IsJsonObject(text)) {
+    sources.push_back({name, text, {}});
+    return SaveSources(options, sources, tool);
+  }
   std::istringstream lines(text);
-  const Text name = options.file == "-" ? "stdin" : options.file;
   std::size_t number = 0;
   for (Text line; std::getline(lines, line);) {
     ++number;

@@ -92,7 +92,7 @@ void AddSaveVerb(CLI::App& app, Tool& tool) {
   verb->add_option(
           "FILE", options->file,
           "The request, one JSON object (see examples/), a file of\nJSON Lines, a directory of files, or - for "
-          "lines from standard input")
+          "standard input")
       ->required();
   verb->add_flag("--strict", options->strict, "Refuse what is only odd, too");
   verb->add_flag("--all-or-nothing", options->all_or_nothing, "Of several schemes, store all or none");

@@ -78,6 +78,7 @@ TEST_F(ClientBulk, EachStandsForItselfOtherwise) {
   EXPECT_EQ(told["stored"], 1);
   EXPECT_EQ(told["schemes"][0]["SchemeID"], 6);
   EXPECT_TRUE(Holds(told["schemes"][1]["why"][1].get<Text>(), "overlaps with 丁")) << told;
+  EXPECT_TRUE(Holds(Run({"save", "-"}, Request("戊", "S006").dump(2)).out, "Stored 1 of 1, refused 0.\n"));
   EXPECT_TRUE(Holds(Run({"save", REBATE_SOURCE_DIR "/docs"}).err, "There is no scheme in"))
       << "of files that aren't .json";
 }
