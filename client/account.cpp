@@ -77,6 +77,20 @@ void Account::Change(const std::vector<Text>& statements) {
   Call("UpdateBatch", {Variant::Array({statements.begin(), statements.end()})});
 }
 
+void Account::JoinCalls() {
+  joint_ = std::make_unique<JointWork>(dsn_);
+  connection_ = joint_->connection();
+}
+
+void Account::CommitCalls() {
+  joint_->Commit();
+  joint_ = nullptr;
+}
+
+void Account::UndoCalls() {
+  joint_ = nullptr;
+}
+
 void Account::ThrowFailure(const Text& otherwise) const {
   if (refusal_) throw Error(*refusal_);
   throw Error(error_number::kInvalidCall, "rebate", otherwise);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "platform/automation/dispatch.h"
 #include "platform/automation/error.h"
 #include "platform/database/connection.h"
+#include "platform/login/joint_work.h"
 
 namespace CLI {
 class App;
@@ -41,6 +43,15 @@ class Account {
   // Runs statements of the tool's own as one unit of work. Raises, all of it undone, where one is refused.
   void Change(const std::vector<Text>& statements);
 
+  // Makes the calls from here on one unit of work, in which queries stand, too; without an end it is undone. Where a
+  // call undoes work of its own, that of all is undone, and later ones store nothing.
+  void JoinCalls();
+  // Ends it: all that the calls stored stands, or raises, nothing standing; or nothing stands.
+  void CommitCalls();
+  void UndoCalls();
+  // Whether the work of joined calls is undone, because one of them was refused.
+  bool IsUndone() const { return joint_ && joint_->IsUndone(); }
+
   // The id of the user whom the data source names as logged in.
   Long app_user() const { return app_user_; }
 
@@ -54,6 +65,7 @@ class Account {
   CallControl control_;
   Long app_user_;
   ConnectionRef connection_;
+  std::unique_ptr<JointWork> joint_;  // null where each call stands for itself
   std::vector<ObjectRef> managers_;
   std::optional<Error> refusal_;
 };

@@ -6,13 +6,12 @@
 #include "client/findings.h"
 #include "client/first_rows.h"
 #include "client/form_file.h"
-#include "client/form_sense.h"
 #include "client/form_view.h"
 #include "client/json_file.h"
 #include "client/rebate_classes.h"
 #include "client/save_files.h"
 #include "client/scheme_lookup.h"
-#include "client/scheme_remains.h"
+#include "client/scheme_store.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 
@@ -22,26 +21,6 @@ namespace {
 struct FormShowOptions : AccountOptions {
   Long id = 0;
 };
-
-// The form's argument, `otherwise` where it is left out.
-Variant ArgumentOf(const Json& form, const char* key, const Variant& otherwise) {
-  return form.contains(key) ? FromJson(form[key], key) : otherwise;
-}
-
-// The operation stores a form disabled and leaves the rows of the one that it replaces.
-void FinishReplacing(Account& account, const SchemeHead& replaced, const std::optional<Long>& id) {
-  std::vector<Text> also;
-  if (replaced.enabled && id) {
-    also.push_back("update t_FL_SchemeList set FEnable=1 where FSchemeID=" + std::to_string(*id));
-  }
-  try {
-    RemoveRemains(account, {replaced.id}, also);
-  } catch (const Error& error) {
-    throw Error(error.number, error.source,
-                "The form is stored, disabled, but the rows of " + SchemeText(replaced) +
-                    " can't be removed: " + error.description);
-  }
-}
 
 void TellStored(const SaveOptions& options, const Text& name, const std::optional<Long>& id,
                 const std::optional<SchemeHead>& replaced, Tool& tool) {
@@ -63,25 +42,15 @@ void TellStored(const SaveOptions& options, const Text& name, const std::optiona
 }  // namespace
 
 void SaveFormFile(const SaveOptions& options, Tool& tool) {
-  Json form = ReadJsonFile(options.file);
+  const Json form = ReadJsonFile(options.file);
+  // What no account is needed for goes before what is wrong with the account.
   if (ReportProblems(options.file, FormProblems(form), tool)) return;
-  form = PlainObject(form, FormKeys());
   Account account(options.dsn);
-  Findings findings;
-  const std::optional<SchemeHead> replaced = CheckForm(account, form, findings);
-  CheckUser(account, "AppUser", findings);
-  if (IsRefused(options.file, findings, options.strict, tool)) return;
-  const Text name = form["SchemeName"].get<Text>();
-  const Long type = ToLong(ArgumentOf(form, "lRebateType", 0));
+  const CheckedScheme scheme = CheckFormRequest(account, form);
+  if (IsRefused(options.file, scheme.findings, options.strict, tool)) return;
   MakeFirstRows(account, tool);
-  const Variant saved =
-      account.Call("SaveSchemeData", {replaced ? replaced->id : 0, name, type, ArgumentOf(form, "lRebateMode", 0),
-                                      ArgumentOf(form, "sOrg", ""), ArgumentOf(form, "vecRangeData", {}),
-                                      ArgumentOf(form, "vecSchemeData", {}), ArgumentOf(form, "Note", "")});
-  if (!ToBoolean(saved)) account.ThrowFailure("The form can't be saved");
-  const std::optional<Long> id = NewestScheme(account, type, name);
-  if (replaced) FinishReplacing(account, *replaced, id);
-  TellStored(options, name, id, replaced, tool);
+  const StoredScheme outcome = StoreForm(account, scheme);
+  TellStored(options, outcome.name, outcome.id, scheme.replaced, tool);
 }
 
 namespace {

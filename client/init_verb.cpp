@@ -56,8 +56,8 @@ void Init(const InitOptions& options, Tool& tool) {
   } else {
     tool.out << "Made the account " << name
              << (options.sample ? " with sample data.\n"
-                                : ".\nNext: its suppliers, customers and goods, by `rebate sql`; "
-                                  "examples/first_suppliers.sql shows how.\n");
+                                : ".\nNext: its suppliers, customers and goods, by `rebate import`, "
+                                  "whose --help shows how.\n");
   }
 }
 

@@ -19,8 +19,8 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   void Step() {
-    if (!shown_) return;
-    const Text line = what_ + ": " + std::to_string(++done_) + "/" + std::to_string(total_);
+    if (!shown_ || ++done_ % stride_ != 0) return;
+    const Text line = what_ + ": " + std::to_string(done_) + "/" + std::to_string(total_);
     widest_ = std::max(widest_, line.size());  // no text takes more columns than bytes
     err_ << '\r' << line << std::flush;
   }
@@ -30,6 +30,8 @@ class Progress {
   bool shown_;
   Text what_;
   std::size_t total_;
+  std::size_t stride_ =
+      std::max<std::size_t>(total_ / 500, 1);  // a terminal takes longer to show a step than many take
   std::size_t done_ = 0;
   std::size_t widest_ = 0;
 };

@@ -12,6 +12,7 @@ constexpr KeyRule kHead[] = {
     {"FSchemeID", Shape::Id, "the stored scheme that this one replaces; 0 for a new one", kOptional},
     {"FSchemeName", Shape::Text, "name of the scheme"},
     {"FNote", Shape::Text, "note", kOptional},
+    {"FEnable", Shape::Id, "0 stores the scheme disabled", kOptional},
     {"FCheckerID", Shape::Anything, "not read: the checker is the logged-in user", kOptional}};
 constexpr KeyRule kRange[] = {{"FLowerLimit", Shape::Amount, "where the range begins"},
                               {"FUpperLimit", Shape::Amount, "where it ends"}};

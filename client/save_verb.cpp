@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -6,35 +7,19 @@
 #include "client/findings.h"
 #include "client/first_rows.h"
 #include "client/json_file.h"
-#include "client/rebate_classes.h"
 #include "client/request_check.h"
 #include "client/row_tables.h"
 #include "client/save_files.h"
-#include "client/scheme_lookup.h"
-#include "client/scheme_sense.h"
+#include "client/save_many.h"
+#include "client/scheme_store.h"
 #include "client/tool.h"
 #include "platform/automation/conversion.h"
 #include "platform/containers/dictionary.h"
+#include "platform/containers/vector.h"
+#include "platform/files/files.h"
 
 namespace rebate {
 namespace {
-
-struct RequestFile {
-  Json request;
-  std::optional<SchemeHead> replaced;
-};
-
-Ref<Dictionary> TypeRowOf(Account& account, const Json& request) {
-  if (request.contains("SchemeConst")) return ObjectAs<Dictionary>(FromJson(request["SchemeConst"], "SchemeConst"));
-  return TypeRow(account, ToLong(FromJson(request["FRebateType"], "FRebateType")));
-}
-
-// The head as it is asked for, with the note that the operation would otherwise store as a 0.
-Ref<Dictionary> HeadOf(const Json& request) {
-  auto head = ObjectAs<Dictionary>(FromJson(request["SchemeMainData"], "SchemeMainData"));
-  if (!head->Has("FNote")) head->SetValue("FNote", "");
-  return head;
-}
 
 void PrintRefusal(const Dictionary& answer, Tool& tool) {
   tool.err << CellText(answer, "Err") << '\n';
@@ -51,18 +36,11 @@ void PrintRefusal(const Dictionary& answer, Tool& tool) {
   RowTable(columns, *repeat).Print(tool.err, tool.err_width);
 }
 
-// A save enables what it stores; a scheme that takes the place of a disabled one stays disabled.
-void KeepDisabled(Account& account, Long id) {
-  if (ToBoolean(account.Call("EnableScheme", {id, false}))) return;
-  account.ThrowFailure("Scheme " + std::to_string(id) + " is stored, but enabled: it can't be disabled");
-}
-
-void PrintSuccess(const Dictionary& head, const std::optional<Long>& id, const std::optional<SchemeHead>& replaced,
-                  Tool& tool) {
-  tool.out << "Stored " << CellText(head, "FSchemeName");
-  if (id) tool.out << " as scheme " << *id;
+void PrintSuccess(const StoredScheme& outcome, const std::optional<SchemeHead>& replaced, Tool& tool) {
+  tool.out << "Stored " << outcome.name;
+  if (outcome.id) tool.out << " as scheme " << *outcome.id;
   if (replaced) tool.out << " in the place of scheme " << replaced->id;
-  if (replaced && !replaced->enabled) tool.out << ", disabled as that was";
+  if (outcome.disabled) tool.out << (replaced && !replaced->enabled ? ", disabled as that was" : ", disabled");
   tool.out << ".\n";
 }
 
@@ -73,59 +51,68 @@ Json AnswerOf(const Ref<Dictionary>& answer, const std::optional<Long>& id) {
   return json;
 }
 
-// The request of a file, plain and looked through, with the scheme that it replaces. Nothing where it is refused.
-std::optional<RequestFile> ReadRequest(Account& account, const SaveOptions& options, Tool& tool) {
-  RequestFile file;
-  file.request = ReadJsonFile(options.file);
-  if (ReportProblems(options.file, RequestProblems(file.request), tool)) return std::nullopt;
-  file.request = PlainObject(file.request, RequestKeys());
-  Findings findings;
-  file.replaced = CheckScheme(account, file.request, findings);
-  CheckUser(account, "AppUser", findings);
-  if (IsRefused(options.file, findings, options.strict, tool)) return std::nullopt;
-  return file;
-}
-
 }  // namespace
 
 void SaveRequestFile(const SaveOptions& options, Tool& tool) {
   Account account(options.dsn);
-  const std::optional<RequestFile> file = ReadRequest(account, options, tool);
-  if (!file) return;
+  const CheckedScheme scheme = CheckRequest(account, ReadJsonFile(options.file));
+  if (ReportProblems(options.file, scheme.problems, tool)) return;
+  if (IsRefused(options.file, scheme.findings, options.strict, tool)) return;
   MakeFirstRows(account, tool);
-  const Ref<Dictionary> type = TypeRowOf(account, file->request);
-  const Ref<Dictionary> head = HeadOf(file->request);
-  std::vector<Variant> arguments = {type, head};
-  for (const char* key : {"AllRangesData", "AllOrgsData", "AllGridRows"})
-    arguments.push_back(FromJson(file->request[key], key));
-  const auto answer = ObjectAs<Dictionary>(account.Call("SaveOneSchemeData", std::move(arguments)));
-  if (!answer) account.ThrowFailure("The scheme can't be saved");
-  const bool stored = ToBoolean(answer->Value("OK"));
-  std::optional<Long> id;
-  if (stored) id = NewestScheme(account, ToLong(type->Value("FRebateType")), CellText(*head, "FSchemeName"));
-  if (id && file->replaced && !file->replaced->enabled) KeepDisabled(account, *id);
-  if (options.json) tool.out << JsonLine(AnswerOf(answer, id)) << '\n';
-  if (!stored) {
-    PrintRefusal(*answer, tool);
+  const StoredScheme outcome = StoreRequest(account, scheme);
+  if (options.json) tool.out << JsonLine(AnswerOf(outcome.answer, outcome.id)) << '\n';
+  if (!outcome.stored) {
+    PrintRefusal(*outcome.answer, tool);
     tool.status = 1;
   } else if (!options.json) {
-    PrintSuccess(*head, id, file->replaced, tool);
+    PrintSuccess(outcome, scheme.replaced, tool);
   }
 }
 
+namespace {
+
+void Save(const SaveOptions& options, Tool& tool) {
+  if (options.file == "-") return SaveLines(options, Text(std::istreambuf_iterator<char>(tool.in), {}), tool);
+  const files::Kind kind = files::KindOf(options.file);
+  if (kind == files::Kind::Directory) return SaveDirectory(options, tool);
+  // What is no file can be read once alone.
+  if (kind == files::Kind::File) {
+    const Text text = files::ReadWhole(options.file).value_or("");
+    if (IsManySchemes(options.file, text)) return SaveLines(options, text, tool);
+  }
+  SaveRequestFile(options, tool);
+}
+
+}  // namespace
+
 void AddSaveVerb(CLI::App& app, Tool& tool) {
   auto options = std::make_shared<SaveOptions>();
-  CLI::App* verb = app.add_subcommand("save", "Save the scheme of a request file, unless it overlaps with another one");
-  verb->add_option("FILE", options->file, "The request, one JSON object; see examples/")->required();
+  CLI::App* verb =
+      app.add_subcommand("save", "Save the scheme of a request file, or several, unless it overlaps with another one");
+  verb->add_option(
+          "FILE", options->file,
+          "The request, one JSON object (see examples/), a file of\nJSON Lines, a directory of files, or - for "
+          "standard input")
+      ->required();
   verb->add_flag("--strict", options->strict, "Refuse what is only odd, too");
+  verb->add_flag("--all-or-nothing", options->all_or_nothing, "Of several schemes, store all or none");
   AddKeysFlag(*verb, RequestKeys());
   AddAccountOptions(*verb, *options);
   verb->footer(
       "A refusal for overlap lists the overlapping entries. FRebateType in the request picks the rebate type,\n"
       "FSchemeID the stored scheme that is replaced, under a new id; it stays disabled where it was. Organisations,\n"
       "goods and units may be named by their numbers. What `rebate show ID --json` prints, save takes.\n"
-      "Example: rebate save examples/supplier_total.json --dsn shop.db");
-  verb->callback([options, &tool] { SaveRequestFile(*options, tool); });
+      "\n"
+      "Several schemes come as JSON Lines, one object a line, or as the .json files of a directory, in the order of "
+      "their\nnames; forms may stand among them. `rebate export schemes` writes both. Each is stored for itself, in "
+      "turn; a table\ntells what became of each, standard error why, and the status is 1 where one was refused.\n"
+      "With --all-or-nothing they are one unit of work: no other user sees any of them before all are stored, and "
+      "where\none is refused, or the tool is ended half way, the account is as it was. Meanwhile others can't "
+      "write.\n"
+      "\n"
+      "Example: rebate save examples/supplier_total.json --dsn shop.db\n"
+      "         rebate save schemes.jsonl --all-or-nothing --dsn shop.db");
+  verb->callback([options, &tool] { Save(*options, tool); });
 }
 
 }  // namespace rebate

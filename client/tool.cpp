@@ -23,6 +23,8 @@ Text Version() {
 void AddVerbs(CLI::App& app, Tool& tool) {
   AddInitVerb(app, tool);
   AddSqlVerb(app, tool);
+  AddImportVerb(app, tool);
+  AddExportVerb(app, tool);
   AddTypesVerb(app, tool);
   AddSaveVerb(app, tool);
   AddShowVerb(app, tool);

@@ -37,6 +37,8 @@ int RunTool(int argc, const char* const* argv, Tool& tool);
 // Each adds one verb. A verb raises where it fails; `app` and `tool` outlive the run.
 void AddInitVerb(CLI::App& app, Tool& tool);
 void AddSqlVerb(CLI::App& app, Tool& tool);
+void AddImportVerb(CLI::App& app, Tool& tool);
+void AddExportVerb(CLI::App& app, Tool& tool);
 void AddTypesVerb(CLI::App& app, Tool& tool);
 void AddSaveVerb(CLI::App& app, Tool& tool);
 void AddShowVerb(CLI::App& app, Tool& tool);

@@ -11,6 +11,7 @@
 #include "platform/database/connect.h"
 #include "platform/database/odbc/odbc_account.h"
 #include "platform/login/data_context.h"
+#include "platform/login/joint_work.h"
 #include "tests/error_of.h"
 #include "tests/postgres_server.h"
 
@@ -330,6 +331,28 @@ TEST_F(OdbcPostgres, SetupRefusesADatabaseThatHoldsAnAccount) {
   const Error error = ErrorOf([&] { ConnectForSetup(source); });
   EXPECT_NE(error.description.find("holds an account already"), Text::npos) << error.description;
   account_->Execute("drop table \"t_FL_SchemeList\"");
+}
+
+TEST_F(OdbcPostgres, JoinedCallsStandOrFallTogether) {
+  const Text dsn = server_->ConnectionText();
+  const auto call = [&](const char* text, bool complete) {
+    const Ref<DataContext> context = TheGlobalApplication().GetContext();
+    context->Open(dsn);
+    context->VoteAbort();
+    context->GetConnection()->Execute(text);
+    if (complete) context->VoteComplete();
+    context->EndCall();
+  };
+  for (const bool complete : {false, true}) {
+    JointWork work(dsn);
+    call("insert into goods values(1, 'tea')", true);
+    call("select * from goods", false);
+    EXPECT_EQ(Count(), 0);
+    call("insert into goods values(2, 'rice')", complete);
+    EXPECT_EQ(work.IsUndone(), !complete);
+    EXPECT_EQ(ErrorOf([&] { work.Commit(); }).number == 0, complete);
+    EXPECT_EQ(Count(), complete ? 2 : 0);
+  }
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/automation/error.h"
+#include "platform/database/error_numbers.h"
+
 namespace rebate {
 namespace {
 
@@ -12,6 +15,12 @@ std::optional<files::Identity> Identify(const DataSource& source) {
 }  // namespace
 
 Ref<PooledConnection> ConnectionPool::Take(const Text& dsn, const DataSource& source) {
+  if (pinned_ && pinned_->dsn == dsn) {
+    if (pinned_->busy) {
+      throw Error(database_error::kConnection, "Connection", "A call inside of a call can't join the work of others.");
+    }
+    return pinned_;
+  }
   const auto file = Identify(source);
   const auto found =
       std::find_if(kept_.begin(), kept_.end(), [&](const Ref<PooledConnection>& kept) { return kept->dsn == dsn; });
@@ -33,6 +42,12 @@ Ref<PooledConnection> ConnectionPool::Take(const Text& dsn, const DataSource& so
     kept_.push_back(fresh);
   }
   return fresh;
+}
+
+void ConnectionPool::Pin(const Text& dsn, ConnectionRef connection) {
+  pinned_ = New<PooledConnection>();
+  pinned_->dsn = dsn;
+  pinned_->connection = std::move(connection);
 }
 
 void ConnectionPool::MakeRoom() {

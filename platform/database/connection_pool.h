@@ -30,6 +30,11 @@ class ConnectionPool {
   // is still the same, else a new one. Raises what connecting raises.
   Ref<PooledConnection> Take(const Text& dsn, const DataSource& source);
 
+  // From here on `dsn` gives this connection and no other, come what may; a call inside of a call on it is refused. One
+  // is pinned at a time.
+  void Pin(const Text& dsn, ConnectionRef connection);
+  void Unpin() { pinned_ = nullptr; }
+
  private:
   // Past this number the connection that was idle longest is closed.
   static constexpr std::size_t kMostKept = 16;
@@ -38,6 +43,7 @@ class ConnectionPool {
 
   Connector connect_;
   std::vector<Ref<PooledConnection>> kept_;  // used last stands last
+  Ref<PooledConnection> pinned_;             // null mostly
 };
 
 }  // namespace rebate

@@ -155,6 +155,7 @@ class PoolingContext : public DataContext {
 class ThreadApplication : public GlobalApplication {
  public:
   Ref<DataContext> GetContext() override { return MakeDataContext(pool_); }
+  ConnectionPool& connections() { return *pool_; }
 
  private:
   std::shared_ptr<ConnectionPool> pool_ = std::make_shared<ConnectionPool>();
@@ -168,6 +169,10 @@ Ref<DataContext> MakeDataContext(std::shared_ptr<ConnectionPool> pool) {
 
 GlobalApplication& TheGlobalApplication() {
   return OfThisThread<ThreadApplication>();
+}
+
+ConnectionPool& ConnectionsOfThisThread() {
+  return OfThisThread<ThreadApplication>().connections();
 }
 
 }  // namespace rebate

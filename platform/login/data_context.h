@@ -43,4 +43,7 @@ class GlobalApplication {
 
 GlobalApplication& TheGlobalApplication();
 
+// The connections that its contexts take.
+ConnectionPool& ConnectionsOfThisThread();
+
 }  // namespace rebate
