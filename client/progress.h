@@ -18,9 +18,12 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void Step() {
-    if (!shown_) return;
-    const Text line = what_ + ": " + std::to_string(++done_) + "/" + std::to_string(total_);
+  void Step() { To(done_ + 1); }
+  // So much is done by now.
+  void To(std::size_t done) {
+    if (!shown_ || done == done_) return;
+    done_ = done;
+    const Text line = what_ + ": " + std::to_string(done_) + "/" + std::to_string(total_);
     widest_ = std::max(widest_, line.size());  // no text takes more columns than bytes
     err_ << '\r' << line << std::flush;
   }

@@ -22,6 +22,15 @@ RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* liste
   return ResultOf(runner);
 }
 
+std::vector<Text> EmbeddedConnection::FileFaults() {
+  session_.NeedTransaction(true);
+  std::vector<Text> faults;
+  RowQuery rows(session_.database(), session_.path(), "PRAGMA main.integrity_check");
+  while (rows.Next()) faults.push_back(rows.TextAt(0));
+  if (faults == std::vector<Text>{"ok"}) faults.clear();
+  return faults;
+}
+
 RecordsetRef EmbeddedConnection::RunParts(std::string_view text, BatchListener* listener) {
   struct Part {
     PreparedBatchPtr batch;
