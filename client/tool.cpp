@@ -43,6 +43,7 @@ void AddVerbs(CLI::App& app, Tool& tool) {
   AddCheckVerb(app, tool);
   AddBackupVerb(app, tool);
   AddVerifyVerb(app, tool);
+  AddCopyVerb(app, tool);
   AddCallVerb(app, tool);
 }
 
