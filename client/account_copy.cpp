@@ -1,6 +1,7 @@
 #include "client/account_copy.h"
 
 #include <algorithm>
+#include <ranges>
 
 #include "client/table_rows.h"
 #include "platform/automation/conversion.h"
@@ -37,6 +38,10 @@ std::vector<Text> SortedRows(Recordset& rows) {
   return texts;
 }
 
+Text LastNumberQuery(const Text& table) {
+  return "select ident_current('" + table + "')";
+}
+
 }  // namespace
 
 std::vector<Text> NumberedTables(Connection& target) {
@@ -64,8 +69,18 @@ std::vector<Text> NumberedTables() {
   return tables;
 }
 
-AccountCopy::AccountCopy(Connection& source, Connection& target, const std::vector<Text>& numbered)
-    : source_(source), target_(target) {
+bool TellsLastNumbers(Connection& source) {
+  try {
+    source.Execute(LastNumberQuery(kSchemeTable));
+    return true;
+  } catch (const Error& error) {
+    if (error.number != database_error::kStatement) throw;
+    return false;
+  }
+}
+
+AccountCopy::AccountCopy(Connection& source, Connection& target, const std::vector<Text>& numbered, bool tells_numbers)
+    : source_(source), target_(target), tells_numbers_(tells_numbers) {
   for (const AccountTable& table : AccountTables()) {
     const std::vector<Text> columns = WritableColumns(source, table);
     if (columns.empty()) Refuse("The source is no account: it has no table " + Text(table.name));
@@ -83,12 +98,15 @@ AccountCopy::AccountCopy(Connection& source, Connection& target, const std::vect
 }
 
 void AccountCopy::CheckTarget() {
-  for (const Table& table : tables_) {
+  // Schemes are what is told first.
+  for (const Table& table : std::views::reverse(tables_)) {
     if (Text(table.table.name) == kTypeTable) continue;
     const std::int64_t rows = TableRows(target_, table.table, {}).Count();
     if (rows == 0) continue;
-    Refuse("The target isn't empty: its table " + Text(table.table.name) + " holds " + std::to_string(rows) +
-           (rows == 1 ? " row" : " rows") + "; a copy needs an account of its own");
+    const bool schemes = Text(table.table.name) == kSchemeTable;
+    Refuse("The target " +
+           (schemes ? Text("holds schemes") : "isn't empty: its table " + Text(table.table.name) + " holds rows") +
+           " (" + std::to_string(rows) + "); a copy needs an account of its own");
   }
 }
 
@@ -105,9 +123,28 @@ std::vector<AccountCopy::Copied> AccountCopy::Run(const PercentListener& tell) {
 }
 
 void AccountCopy::Copy(const Table& table) {
+  const Text setting = Text("set identity_insert ") + table.table.name;
+  if (table.has_identity) target_.Execute(setting + " on");
+  CopyRows(table);
+  if (!table.has_identity) return;
+  if (tells_numbers_) DrawNumbers(table);
+  target_.Execute(setting + " off");
+}
+
+// A number that was drawn for a row that is gone may still be named by others, who must not find a new row under it.
+void AccountCopy::DrawNumbers(const Table& table) {
+  const Variant last = source_.Execute(LastNumberQuery(table.table.name))->FieldValue(std::size_t{0});
+  if (last.IsNull()) return;
+  const Text where = Text(" where ") + table.table.identity + " = " + ToText(last);
+  if (!source_.Execute(Text("select 1 from ") + table.table.name + where)->Eof()) return;
+  target_.Execute(Text("insert into ") + table.table.name + " (" + table.table.identity + ") values (" + ToText(last) +
+                  ")");
+  target_.Execute(Text("delete from ") + table.table.name + where);
+}
+
+void AccountCopy::CopyRows(const Table& table) {
   const Text name = table.table.name;
   const Text head = "insert into " + name + " (" + ListOf(table.columns) + ") values ";
-  if (table.has_identity) target_.Execute("set identity_insert " + name + " on");
   TableRows(source_, table.table, table.columns).EachPart([&](const TableRows::Part& part) {
     Text statement;
     std::size_t rows = 0;
@@ -123,7 +160,6 @@ void AccountCopy::Copy(const Table& table) {
     }
     flush();
   });
-  if (table.has_identity) target_.Execute("set identity_insert " + name + " off");
 }
 
 void AccountCopy::Compare(const Table& table) {

@@ -11,6 +11,8 @@ namespace rebate {
 // database is asked outside of a unit of work.
 std::vector<Text> NumberedTables(Connection& target);
 std::vector<Text> NumberedTables();
+// Whether the database tells the last number that a table drew. Likewise asked outside of a unit of work.
+bool TellsLastNumbers(Connection& source);
 
 // Copies the rows of an account, all ids kept, to a database that has the tables of one.
 class AccountCopy {
@@ -22,8 +24,9 @@ class AccountCopy {
 
   // Both connections stand in a unit of work, that of the source sees it as it is at one moment. Raises where the
   // source lacks a table, or the target a column of it.
-  // `numbered` are the tables of the target that number their rows themselves.
-  AccountCopy(Connection& source, Connection& target, const std::vector<Text>& numbered);
+  // `numbered` are the tables of the target that number their rows themselves; `tells_numbers` says whether the source
+  // tells its last numbers: no number of a row that is gone is given again then.
+  AccountCopy(Connection& source, Connection& target, const std::vector<Text>& numbered, bool tells_numbers);
 
   // Raises where the target holds schemes or other rows of its own: only its rebate types give way.
   void CheckTarget();
@@ -40,11 +43,14 @@ class AccountCopy {
   };
 
   void Copy(const Table& table);
+  void CopyRows(const Table& table);
+  void DrawNumbers(const Table& table);
   void Compare(const Table& table);
   void Advance(std::int64_t rows);
 
   Connection& source_;
   Connection& target_;
+  bool tells_numbers_;
   std::vector<Table> tables_;
   std::int64_t total_ = 0;
   std::int64_t done_ = 0;

@@ -18,7 +18,6 @@ constexpr AccountTable kTables[] = {
     {"t_MeasureUnit", "FItemID"},
     {"t_ItemUnit", "FSrcItemId"},
     {"t_User", "FUserID"},
-    {kSchemeTable, "FSchemeID", "FSchemeID", "FID"},
     {"t_FL_RebateRange", "FID", "FID"},
     {"t_FL_RebateRule", "FID", "FID"},
     {"t_FL_AllOrgs", "FID", "FID"},
@@ -26,6 +25,7 @@ constexpr AccountTable kTables[] = {
     {"t_FL_CheckItems", "FSchemeID"},
     {"t_FL_SchemeLink", "FLinkID", "FLinkID"},
     {"t_ItemSelect", "FSchemeID"},
+    {kSchemeTable, "FSchemeID", "FSchemeID", "FID"},
 };
 
 constexpr const char* kViews[] = {"VW_FL_SchemeOrg", "vw_Unit"};

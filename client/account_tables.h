@@ -20,7 +20,7 @@ struct AccountTable {
 inline constexpr char kSchemeTable[] = "t_FL_SchemeList";
 inline constexpr char kTypeTable[] = "t_FL_SchemeMode";
 
-// All tables of an account, those in front on which others rest.
+// All tables of an account, that of the schemes last.
 std::span<const AccountTable> AccountTables();
 
 // Whether the database has the tables of an account.

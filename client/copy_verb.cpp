@@ -58,6 +58,7 @@ CopyOutcome CopyRows(Connection& source, bool source_is_embedded, Connection& ta
   }
   const bool has_tables = HasAccountTables(target);
   const std::vector<Text> numbered = has_tables ? NumberedTables(target) : NumberedTables();
+  const bool tells_numbers = TellsLastNumbers(source);
   const Unit reading(source);
   HoldStill(source, source_is_embedded);
   const Unit writing(target);
@@ -66,7 +67,7 @@ CopyOutcome CopyRows(Connection& source, bool source_is_embedded, Connection& ta
   }
   // The unit of work writes from its start: nobody fills the target between the look at it and the copy.
   target.Execute("update t_FL_SchemeMode set FIndex = FIndex where 1 = 0");
-  AccountCopy copy(source, target, numbered);
+  AccountCopy copy(source, target, numbered, tells_numbers);
   copy.CheckTarget();
   Progress progress(tool.err, tool.progress, "copying " + NameOf(options.from) + ", per cent", 100);
   CopyOutcome outcome;

@@ -108,15 +108,17 @@ class OverlapSearch {
     finding.what = "scheme " + std::to_string(earlier.id) + " and scheme " + std::to_string(later.id) + " of type " +
                    std::to_string(later.rebate_type) + " are both enabled and cover the same ground";
     GroundRow met;
+    std::vector<FoundRow> of_later;
     for (const GroundRow& row : later.rows) {
       if (!Meets(row, earlier)) continue;
-      AddRows(later, row.number, earlier.organisations, earlier.goods, finding.rows);
+      AddRows(later, row.number, earlier.organisations, earlier.goods, of_later);
       met.organisations.Add(row.organisations);
       met.goods.insert(met.goods.end(), row.goods.begin(), row.goods.end());
     }
     met.organisations.Sort();
     std::sort(met.goods.begin(), met.goods.end());
     AddRows(earlier, std::nullopt, met.organisations, met.goods, finding.rows);
+    finding.rows.insert(finding.rows.end(), of_later.begin(), of_later.end());
     std::stable_sort(finding.rows.begin(), finding.rows.end(), [](const FoundRow& a, const FoundRow& b) {
       return a.table > b.table;  // organisations first
     });
