@@ -54,7 +54,7 @@ void RunCheck(Connection& connection, const RowCheck& check, std::vector<Finding
 std::vector<Finding> CheckFile(Connection& connection) {
   std::vector<Finding> findings;
   for (const Text& fault : FileFaults(connection)) {
-    findings.push_back({"file", "the account's file is damaged: " + fault, {}, false});
+    findings.push_back({kFileDamage, "the account's file is damaged: " + fault, {}, false});
   }
   return findings;
 }
@@ -86,7 +86,7 @@ std::vector<Finding> CheckAccount(Connection& connection, Progress& progress) {
     CheckRows(connection, progress, findings);
   } catch (const Error& error) {
     if (!damaged) throw;
-    findings.push_back({"file", "no more could be read: " + error.description, {}, false});
+    findings.push_back({kFileDamage, "no more could be read: " + error.description, {}, false});
   }
   return findings;
 }

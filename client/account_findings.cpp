@@ -36,6 +36,7 @@ Text RowsText(const std::vector<FoundRow>& rows) {
 
 std::vector<Finding> MendableOf(const std::vector<Finding>& findings) {
   std::vector<Finding> mendable;
+  if (std::any_of(findings.begin(), findings.end(), [](const Finding& f) { return f.check == kFileDamage; })) return {};
   std::copy_if(findings.begin(), findings.end(), std::back_inserter(mendable),
                [](const Finding& finding) { return finding.mendable; });
   return mendable;

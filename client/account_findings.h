@@ -28,7 +28,11 @@ struct Finding {
   friend bool operator==(const Finding&, const Finding&) = default;
 };
 
-// The findings that have one right answer.
+// The kind of a finding about damage of the account's own file.
+inline constexpr char kFileDamage[] = "file";
+
+// The findings that have one right answer; none in an account whose file is damaged, to which nothing should be
+// written.
 std::vector<Finding> MendableOf(const std::vector<Finding>& findings);
 
 // Prints the findings, kind by kind, each with its rows, of which long lists are cut.

@@ -28,7 +28,7 @@ std::vector<Finding> CheckCopy(const AccountBackup& backup, Tool& tool) {
   std::vector<Finding> findings = CheckAccount(*copy, progress);
   copy->RollbackWork();
   const auto damage =
-      std::find_if(findings.begin(), findings.end(), [](const Finding& f) { return f.check == "file"; });
+      std::find_if(findings.begin(), findings.end(), [](const Finding& f) { return f.check == kFileDamage; });
   if (damage != findings.end()) {
     throw Error(error_number::kInvalidCall, "rebate", "No backup was made, since " + damage->what);
   }

@@ -26,6 +26,24 @@ class ClientVerify : public ToolTest {
     return path;
   }
 
+  // Puts what is no page in the place of the first one of a table or index.
+  static void Overwrite(const Text& path, const Text& root) {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+    const Text query =
+        "SELECT (rootpage - 1) * page_size, page_size FROM sqlite_schema, pragma_page_size WHERE name='" + root + "'";
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(database, query.c_str(), -1, &statement, nullptr);
+    ASSERT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    const sqlite3_int64 place = sqlite3_column_int64(statement, 0);
+    const Text garbage(static_cast<std::size_t>(sqlite3_column_int64(statement, 1)), '\xff');
+    sqlite3_finalize(statement);
+    sqlite3_close_v2(database);
+    std::fstream file(files::ToPath(path), std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(place);
+    file << garbage;
+  }
+
   // `check TABLE key,key; TABLE key`, with a `*` behind what can be mended; a line for each finding.
   static Text Told(const Json& findings) {
     Text told;
@@ -136,26 +154,21 @@ TEST_F(ClientVerify, MendsNothingUnasked) {
 }
 
 TEST_F(ClientVerify, FindsADamagedFileAndBacksNoneUp) {
-  const Text path = Damaged("damaged.db", "print 'nothing'");
-  sqlite3* database = nullptr;
-  ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
-  // The index forgets its rows: the table still has them.
-  EXPECT_EQ(
-      sqlite3_exec(database,
-                   "PRAGMA writable_schema=1; UPDATE sqlite_schema SET rootpage=(SELECT rootpage FROM sqlite_schema "
-                   "WHERE name='t_FL_SchemeLink.IX_FL_SchemeLink_Scheme') WHERE "
-                   "name='t_FL_RebateRule.IX_FL_RebateRule_Range'",
-                   nullptr, nullptr, nullptr),
-      SQLITE_OK);
-  sqlite3_close_v2(database);
-  const Outcome found = RunRebate({"verify", "--dsn", path});
-  EXPECT_EQ(found.status, 1);
-  EXPECT_TRUE(Holds(found.out, "file (")) << found.out << found.err;
-  const Text copy = account_.File("copy.db");
-  const Outcome refused = RunRebate({"backup", copy, "--dsn", path});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(Holds(refused.err, "damaged")) << refused.err;
-  EXPECT_FALSE(files::IsTaken(copy));
+  for (const char* root : {"t_FL_RebateRule", "t_FL_RebateRule.IX_FL_RebateRule_Range"}) {
+    SCOPED_TRACE(root);
+    const Text path = Damaged("damaged.db", "print 'nothing'");
+    Overwrite(path, root);
+    const Outcome found = RunRebate({"verify", "--dsn", path});
+    EXPECT_EQ(found.status, 1);
+    EXPECT_TRUE(Holds(found.out, "file (")) << found.out << found.err;
+    EXPECT_EQ(RunRebate({"verify", "--fix", "--yes", "--dsn", path}).status, 1);
+    const Text copy = account_.File("copy.db");
+    const Outcome refused = RunRebate({"backup", copy, "--dsn", path});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(Holds(refused.err, "damaged")) << refused.err;
+    EXPECT_FALSE(files::IsTaken(copy));
+    files::Remove(path);
+  }
 }
 
 TEST(DigitsMeant, AreFifteenThatCount) {

@@ -25,8 +25,14 @@ RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* liste
 std::vector<Text> EmbeddedConnection::FileFaults() {
   session_.NeedTransaction(true);
   std::vector<Text> faults;
-  RowQuery rows(session_.database(), session_.path(), "PRAGMA main.integrity_check");
-  while (rows.Next()) faults.push_back(rows.TextAt(0));
+  try {
+    RowQuery rows(session_.database(), session_.path(), "PRAGMA main.integrity_check");
+    while (rows.Next()) faults.push_back(rows.TextAt(0));
+  } catch (const Error& error) {
+    // Some damage ends the check itself.
+    if (error.number != database_error::kConnection) throw;
+    faults.push_back(error.description);
+  }
   if (faults == std::vector<Text>{"ok"}) faults.clear();
   return faults;
 }
