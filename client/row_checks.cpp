@@ -54,10 +54,11 @@ constexpr RowCheck kChecks[] = {
      kRemove},
     {"link", "t_FL_SchemeLink", "FLinkID", "scheme {} is gone, and something else rests on it", "{gone}", nullptr},
 
+    // A rate that lost its range when the ranges were replaced keeps its row, as 0.
     {"range", "t_FL_RebateRule", "FID", "rates of form {} stand in ranges that are not its own or are gone",
-     "{head} and t.FAmtRangeID is not null and not {range}", nullptr},
+     "{head} and t.FAmtRangeID is not null and t.FRebateRate <> 0 and not {range}", nullptr},
     {"range", "t_FL_RebateRule", "FID", "rates of a rate grid stand in ranges that are not its own or are gone",
-     "{grid} and t.FClassTypeID is not null and not {range}", nullptr},
+     "{grid} and t.FClassTypeID is not null and t.FRebateRate <> 0 and not {range}", nullptr},
     {"range", "t_FL_RebateRule", "FID", "scheme {} has rates in positions where it has no range",
      "{plain} and t.FAmtRangeID is null and not exists (select 1 from t_FL_RebateRange r where r.FSchemeID = "
      "t.FSchemeID and r.FIndex = t.FIndex)",

@@ -74,6 +74,7 @@ TEST_F(ClientVerify, ACleanAccountHasNoFindings) {
   const Text form = File("form.json", R"({"SchemeID":3,)" + files::ReadWhole(Example("form"))->substr(1));
   EXPECT_EQ(Run({"form", "save", form}).status, 0);
   EXPECT_EQ(Run({"delete", "2", "--yes"}).status, 0);
+  EXPECT_EQ(Run({"ranges", "2040", "--set", File("range.json", R"([{"FLower":0,"FUpper":70000}])")}).status, 0);
   EXPECT_EQ(RunJson({"verify"})["findings"], Json::array());
 }
 
