@@ -17,8 +17,8 @@ constexpr std::size_t kMostPairs = 1000;
 // save left.
 class OverlapSearch {
  public:
-  OverlapSearch(const ItemClasses& classes, bool by_goods, std::vector<Finding>& findings)
-      : classes_(classes), by_goods_(by_goods), findings_(findings) {}
+  OverlapSearch(Connection& connection, const ItemClasses& classes, bool by_goods, std::vector<Finding>& findings)
+      : connection_(connection), classes_(classes), by_goods_(by_goods), findings_(findings) {}
 
   void Run(const std::vector<SchemeGround>& schemes) {
     schemes_ = &schemes;
@@ -101,12 +101,20 @@ class OverlapSearch {
     if (schemes.empty() || schemes.back() != scheme) schemes.push_back(scheme);
   }
 
+  // The scheme as a sentence names it, such as `scheme 3 (年度返利)`.
+  Text NameOf(const SchemeGround& scheme) const {
+    const Text id = std::to_string(scheme.id);
+    const RecordsetRef rows =
+        connection_.Execute("select isnull(FSchemeName, '') from t_FL_SchemeList where FSchemeID = " + id);
+    return "scheme " + id + (rows->Eof() ? Text() : " (" + ToText(rows->FieldValue(std::size_t{0})) + ")");
+  }
+
   // Of both schemes the rows that meet, in all grid rows of the later one.
   Finding Told(const SchemeGround& earlier, const SchemeGround& later) const {
     Finding finding;
     finding.check = "overlap";
-    finding.what = "scheme " + std::to_string(earlier.id) + " and scheme " + std::to_string(later.id) + " of type " +
-                   std::to_string(later.rebate_type) + " are both enabled and cover the same ground";
+    finding.what = NameOf(earlier) + " and " + NameOf(later) + " of type " + std::to_string(later.rebate_type) +
+                   " are both enabled and cover the same ground";
     GroundRow met;
     std::vector<FoundRow> of_later;
     for (const GroundRow& row : later.rows) {
@@ -143,6 +151,7 @@ class OverlapSearch {
     }
   }
 
+  Connection& connection_;
   const ItemClasses& classes_;
   bool by_goods_;
   std::vector<Finding>& findings_;
@@ -172,7 +181,7 @@ std::vector<Finding> FindOverlaps(Connection& connection) {
   std::vector<Finding> findings;
   const ItemClasses classes = ItemClasses::Read(connection);
   for (const auto& [type, range_class] : TypesInUse(connection)) {
-    OverlapSearch search(classes, range_class == item_class::kGoods, findings);
+    OverlapSearch search(connection, classes, range_class == item_class::kGoods, findings);
     search.Run(ReadGround(connection, type));
     if (!search.IsFull()) continue;
     findings.push_back({"overlap", "the search for schemes that overlap ended here: there are too many", {}, false});
