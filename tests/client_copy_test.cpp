@@ -109,7 +109,20 @@ TEST_F(ClientCopy, ABackupIsAnAccountOfItsOwn) {
     EXPECT_EQ(refused.status, 1);
     EXPECT_TRUE(Holds(refused.err, one.reason)) << refused.err;
   }
-  // A journal of the file that stands there would be taken for one of the copy.
+}
+
+// It would be taken for a part of the file that comes to stand there.
+TEST_F(ClientCopy, NothingIsPutBesideALeftJournal) {
+  for (const char* suffix : {"-wal", "-journal"}) {
+    const Text left = File("to.db" + Text(suffix), "left");
+    for (const Outcome& refused : {Run({"backup", to_}), RunRebate({"copy", dsn_, to_}), RunRebate({"init", to_})}) {
+      EXPECT_EQ(refused.status, 1);
+      EXPECT_TRUE(Holds(refused.err, left)) << refused.err;
+    }
+    EXPECT_FALSE(files::IsTaken(to_));
+    files::Remove(left);
+  }
+  ASSERT_EQ(Run({"backup", to_}).status, 0);
   File("to.db-wal", "left");
   EXPECT_TRUE(Holds(Run({"backup", "--force", to_}).err, "is in use"));
 }

@@ -70,6 +70,15 @@ std::int64_t NeedAccount(sqlite3* database, const Text& path) {
   return version;
 }
 
+void RefuseLeftJournal(const Text& path) {
+  for (const char* suffix : {"-wal", "-journal"}) {
+    if (!files::IsTaken(path + suffix)) continue;
+    RefuseAccount("Nothing can be put at " + path + ", since " + path + suffix +
+                  " stands beside it: the account there is in use, was broken off, or was moved away without it. Open "
+                  "and leave that account once, its files together, or name another path.");
+  }
+}
+
 void RemoveAccountFiles(const Text& path) {
   for (const char* suffix : {"", "-wal", "-shm", "-journal"}) files::Remove(path + suffix);
 }

@@ -19,6 +19,9 @@ DatabaseHandle OpenAccountFile(const Text& path, std::chrono::milliseconds lock_
 // Gives the version of the account. Raises database_error::kConnection where the database is none, or was made by a
 // newer version; it is left untouched.
 std::int64_t NeedAccount(sqlite3* database, const Text& path);
+// Raises database_error::kConnection where a journal stands at `path` that another file has left, or that is in use: it
+// would be taken for a part of the file that comes to stand there.
+void RefuseLeftJournal(const Text& path);
 // Removes the file and what SQLite keeps beside it.
 void RemoveAccountFiles(const Text& path);
 

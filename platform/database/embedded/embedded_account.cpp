@@ -60,6 +60,7 @@ ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wa
 
 AccountInMaking::AccountInMaking(const Text& path, std::chrono::milliseconds lock_wait) : path_(path) {
   if (files::IsTaken(path)) RefuseTakenPath(path);
+  RefuseLeftJournal(path);
   making_ = files::NameOfThisProcess(path + ".making");
   try {
     connection_ = CreateEmbedded(making_, lock_wait);
@@ -80,6 +81,7 @@ void AccountInMaking::Finish() {
   if (files::KindOf(making_ + "-wal") != files::Kind::Missing) {
     RefuseAccount("The account " + path_ + " can't be made: its file can't be completed.");
   }
+  RefuseLeftJournal(path_);
   if (const std::error_code error = files::MoveToFreeName(making_, path_)) RefuseAccountMaking(path_, error);
   making_.clear();
   files::SyncFolderOf(path_);

@@ -56,19 +56,14 @@ EmbeddedBackup::~EmbeddedBackup() {
 }
 
 void EmbeddedBackup::CheckTarget() const {
-  if (!files::IsTaken(to_)) return;
-  if (files::IdentityOf(to_) == files::IdentityOf(from_)) {
-    RefuseAccount("The copy can't take the place of the account " + from_ + " itself.");
+  if (files::IsTaken(to_)) {
+    if (files::IdentityOf(to_) == files::IdentityOf(from_)) {
+      RefuseAccount("The copy can't take the place of the account " + from_ + " itself.");
+    }
+    if (!replace_) RefuseTakenPath(to_);
+    if (files::KindOf(to_) != files::Kind::File) RefuseAccount("The path " + to_ + " is no file; a copy is one.");
   }
-  if (!replace_) RefuseTakenPath(to_);
-  if (files::KindOf(to_) != files::Kind::File) RefuseAccount("The path " + to_ + " is no file; a copy is one.");
-  // What stands in the journal of another file would be taken for a part of the copy.
-  for (const char* suffix : {"-wal", "-journal"}) {
-    if (!files::IsTaken(to_ + suffix)) continue;
-    RefuseAccount(
-        "The file " + to_ + " is in use, or what last used it was broken off: " + to_ + suffix +
-        " stands beside it. Nothing was changed; open and leave the account there once, or name another path.");
-  }
+  RefuseLeftJournal(to_);
 }
 
 template <typename Work>
