@@ -85,7 +85,7 @@ void Tell(const VerifyOptions& options, const Outcome& outcome, Tool& tool) {
     return;
   }
   const std::size_t mendable = MendableOf(outcome.left).size();
-  tool.out << Things(outcome.left.size()) << " wrong" << (outcome.mended.empty() ? "" : " still");
+  tool.out << Things(outcome.left.size()) << (outcome.mended.empty() ? "" : " still") << " wrong";
   if (mendable > 0) tool.out << "; `rebate verify --fix` mends " << mendable;
   tool.out << ".\n";
 }
