@@ -18,8 +18,13 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void Step() {
-    if (!shown_ || ++done_ % stride_ != 0) return;
+  void Step() { To(done_ + 1); }
+  // So much is done by now.
+  void To(std::size_t done) {
+    if (!shown_ || done == done_) return;
+    const bool redraw = done / stride_ != done_ / stride_ || done >= total_;
+    done_ = done;
+    if (!redraw) return;
     const Text line = what_ + ": " + std::to_string(done_) + "/" + std::to_string(total_);
     widest_ = std::max(widest_, line.size());  // no text takes more columns than bytes
     err_ << '\r' << line << std::flush;

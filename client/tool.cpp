@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "client/command_line.h"
+#include "client/keeping_verbs.h"
 #include "platform/automation/error.h"
 #include "platform/login_standins/login_standins.h"
 #include "service/component_classes.h"
@@ -42,6 +43,9 @@ void AddVerbs(CLI::App& app, Tool& tool) {
   AddFormVerb(app, tool);
   AddNameTakenVerb(app, tool);
   AddCheckVerb(app, tool);
+  AddBackupVerb(app, tool);
+  AddVerifyVerb(app, tool);
+  AddCopyVerb(app, tool);
   AddCallVerb(app, tool);
 }
 

@@ -198,6 +198,10 @@ TEST_F(EmbeddedDefinition, TellsOfItselfAsAServerDoes) {
       {"select c.name from syscolumns c join sysobjects o on o.id = c.id where o.name = 't_s' and c.isnullable = 0",
        "FID;a"},
       {"select name from sys.columns where object_id = object_id('dbo.t_s') and is_identity = 1", "FID"},
+      {"select ident_current('t_s'), ident_current('v_s'), ident_current('t_none')", "1,NULL,NULL"},
+      {"insert into t_s (a) values ('x') insert into t_s (a) values ('y') delete from t_s "
+       "select ident_current('dbo.T_S')",
+       "2"},
       {"if not exists (select * from sysobjects where name = 'nothing') select 1", "1"}};
   for (const auto& one : cases) EXPECT_EQ(Rows(one.text), one.rows) << one.text;
   EXPECT_EQ(Refusal("select * from sysindexes").description, "Invalid object name 'sysindexes'.");

@@ -1,5 +1,6 @@
 #include <thread>
 
+#include "platform/database/account_backup.h"
 #include "tests/upgrade_kit.h"
 
 namespace rebate {
@@ -27,6 +28,19 @@ TEST_F(EmbeddedUpgrade, HealsAmountsAndKeepsTheRest) {
       {"set identity_insert t_v on insert into t_v (FID, FCode, FName) values (3, '2', 'm')",
        "Violation of PRIMARY KEY constraint 'PK_t_v'. Cannot insert duplicate key in object 'dbo.t_v'."}};
   for (const auto& one : refused) EXPECT_EQ(RefusalOn(*account, one.text).description, one.says) << one.text;
+}
+
+TEST_F(EmbeddedUpgrade, ABackupBeforeItIsOfTheOldVersion) {
+  const Text path = Old("old.db", kTables);
+  const Text copy = folder_.File("copy.db");
+  AccountBackup backup(DataSource::Parse(path), copy, false);
+  backup.Copy([](int) {});
+  EXPECT_FALSE(backup.CanBeChecked());
+  backup.Finish();
+  for (const Text& file : {path, copy}) {
+    EXPECT_EQ(Bytes(file).substr(60, 4), Text("\0\0\0\1", 4)) << "its version";
+    ExpectUpgraded(*OpenEmbedded(file));
+  }
 }
 
 TEST_F(EmbeddedUpgrade, RefusesWhatItCannotCarryOverAndChangesNothing) {

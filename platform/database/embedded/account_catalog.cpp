@@ -125,16 +125,22 @@ std::int64_t AccountCatalog::IdOf(std::string_view object) {
   return static_cast<std::int64_t>((hash & 0x3FFFFFFFu) | 1u);
 }
 
-std::optional<std::int64_t> AccountCatalog::ObjectId(std::string_view name) {
-  const std::vector<Text> parts = Split(name, '.');
+std::optional<ObjectName> AccountCatalog::NamedObject(std::string_view text) {
+  const std::vector<Text> parts = Split(text, '.');
   if (parts.empty() || parts.size() > 3) return std::nullopt;
   ObjectName object;
   object.name = WithoutBrackets(parts.back());
   if (parts.size() > 1) object.owner = WithoutBrackets(parts[parts.size() - 2]);
   if (parts.size() > 2) object.database = WithoutBrackets(parts.front());
-  if (Find(object)) return IdOf(object.name);
-  if (!Reaches(object) || IsTemporary(object)) return std::nullopt;
-  return HasConstraint(object.name) ? std::optional(IdOf(object.name)) : std::nullopt;
+  return object;
+}
+
+std::optional<std::int64_t> AccountCatalog::ObjectId(std::string_view name) {
+  const std::optional<ObjectName> object = NamedObject(name);
+  if (!object) return std::nullopt;
+  if (Find(*object)) return IdOf(object->name);
+  if (!Reaches(*object) || IsTemporary(*object)) return std::nullopt;
+  return HasConstraint(object->name) ? std::optional(IdOf(object->name)) : std::nullopt;
 }
 
 bool AccountCatalog::HasConstraint(std::string_view name) {

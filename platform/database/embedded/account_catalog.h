@@ -68,6 +68,9 @@ class AccountCatalog : public tsql::Catalog {
   // To be called behind each insert that put rows into the table: what @@identity is from then on. `given` tells that
   // the statement named the identity column, whose numbers then go on behind the ones that it brought.
   std::optional<std::int64_t> NoteInsert(const tsql::TableInfo& table, bool given);
+  // The last number that was drawn for the permanent table of this name, or its seed where none was; null where there
+  // is no such table or it draws none.
+  std::optional<std::int64_t> LastIdentity(std::string_view name);
   // `set identity_insert`; raises the server's error where the table has no identity or another one is set.
   void SetIdentityInsert(const tsql::ObjectName& name, bool on);
   // Raises the server's error where an insert names the identity column (`given`) and may not, or doesn't and must.
@@ -93,6 +96,8 @@ class AccountCatalog : public tsql::Catalog {
   tsql::TablePtr LoadView(const Text& name);
   // Whether a permanent table has a primary key or a unique constraint of the name: they share one list of names.
   bool HasConstraint(std::string_view name);
+  // The object that a text such as `t`, `dbo.t` or `tempdb..#t` names; nothing for a text of more parts.
+  static std::optional<tsql::ObjectName> NamedObject(std::string_view text);
   void RefuseTakenNames(const tsql::TableDraft& draft);
   TemporaryTable& NeedTemporary(const tsql::TableInfo& table);
   // Where a table or index of this table changed; `now` is what it is then.

@@ -240,6 +240,10 @@ Value BatchRunner::SystemValueOf(const Parameter& parameter, tsql::TextPool& poo
       return Value::Of(std::int64_t{0});
     case tsql::bound::SystemValue::DatabaseName:
       return Value::Of(pool.Keep(DatabaseName(session_.path())));
+    case tsql::bound::SystemValue::LastIdentity: {
+      const auto last = session_.catalog().LastIdentity(LiteralText(literals_[parameter.system.literal]));
+      return last ? Value::Of(Decimal(*last)) : Value();
+    }
     case tsql::bound::SystemValue::ObjectId:
       break;
   }

@@ -122,6 +122,15 @@ std::optional<std::int64_t> AccountCatalog::NoteInsert(const TableInfo& table, b
                    " WHERE rowid=" + std::to_string(row));
 }
 
+std::optional<std::int64_t> AccountCatalog::LastIdentity(std::string_view name) {
+  const std::optional<tsql::ObjectName> object = NamedObject(name);
+  const tsql::TablePtr table = object ? Find(*object) : nullptr;
+  if (!table || table->temporary || table->Identity() == nullptr) return std::nullopt;
+  if (table->counted_identity) return ReadCounter(*table).value_or(table->identity_seed);
+  RowQuery drawn(database_, path_, "SELECT seq FROM main.sqlite_sequence WHERE name=?1 COLLATE NOCASE", table->name);
+  return drawn.Next() ? drawn.NumberAt(0) : table->identity_seed;
+}
+
 void AccountCatalog::SetIdentityInsert(const tsql::ObjectName& name, bool on) {
   const tsql::TablePtr table = FindObject(*this, name);
   if (table->Identity() == nullptr) {

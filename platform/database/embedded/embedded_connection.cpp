@@ -33,6 +33,21 @@ RecordsetRef EmbeddedConnection::RunWhole(std::string_view text, BatchListener* 
   return ResultOf(runner);
 }
 
+std::vector<Text> EmbeddedConnection::FileFaults() {
+  session_.NeedTransaction(true);
+  std::vector<Text> faults;
+  try {
+    RowQuery rows(session_.database(), session_.path(), "PRAGMA main.integrity_check");
+    while (rows.Next()) faults.push_back(rows.TextAt(0));
+  } catch (const Error& error) {
+    // Some damage ends the check itself.
+    if (error.number != database_error::kConnection) throw;
+    faults.push_back(error.description);
+  }
+  if (faults == std::vector<Text>{"ok"}) faults.clear();
+  return faults;
+}
+
 RecordsetRef EmbeddedConnection::RunParts(std::string_view text, BatchListener* listener) {
   struct Part {
     PreparedBatchPtr batch;

@@ -3,11 +3,12 @@
 #include "platform/database/connection.h"
 #include "platform/database/embedded/prepared_batch.h"
 #include "platform/database/embedded/session.h"
+#include "platform/database/self_check.h"
 
 namespace rebate {
 
 // A connection to an account in a file.
-class EmbeddedConnection : public Connection {
+class EmbeddedConnection : public Connection, public SelfCheckingStore {
  public:
   EmbeddedConnection(DatabaseHandle database, Text path) : session_(std::move(database), std::move(path)) {}
 
@@ -15,6 +16,7 @@ class EmbeddedConnection : public Connection {
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
   bool IsSound() const override { return session_.sound(); }
   std::vector<Text> TakeMessages() override { return std::exchange(messages_, {}); }
+  std::vector<Text> FileFaults() override;
   void BeginWork() override { session_.BeginWork(); }
   void CommitWork() override { session_.CommitWork(); }
   void RollbackWork() noexcept override { session_.RollbackWork(); }

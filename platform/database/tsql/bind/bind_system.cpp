@@ -1,5 +1,6 @@
 #include "platform/database/tsql/bind/bind_expression.h"
 #include "platform/database/tsql/eval/literal.h"
+#include "platform/values/ascii.h"
 
 namespace rebate::tsql {
 
@@ -39,14 +40,16 @@ bound::ExpressionPtr BindSystemVariable(const Text& key, const Text& name) {
   RefuseVariable(name);
 }
 
-bound::ExpressionPtr BindObjectId(BindContext& context, const FunctionCall& call) {
-  CheckArguments(call, 1, 2);
+// A function of an object that a text constant names.
+bound::ExpressionPtr BindNamedObject(BindContext& context, const FunctionCall& call, SystemValue value,
+                                     const DataType& type, std::size_t most_arguments) {
+  CheckArguments(call, 1, most_arguments);
   const auto* literal = std::get_if<Literal>(&call.arguments.front()->node);
   const bool text = literal != nullptr && context.literals[literal->index].kind >= LiteralKind::String;
   if (!text || call.arguments.size() > 1 || context.constant_literals) {
-    RefuseUnsupported("OBJECT_ID of other than one text constant");
+    RefuseUnsupported(AsciiUpper(call.name) + " of other than one text constant");
   }
-  return bound::Make(bound::System{SystemValue::ObjectId, literal->index}, IntType(), true);
+  return bound::Make(bound::System{value, literal->index}, type, true);
 }
 
 }  // namespace
@@ -68,7 +71,8 @@ bound::ExpressionPtr BindSystemFunction(BindContext& context, const FunctionCall
   if (name == "getutcdate") return MakeSystem(SystemValue::UtcNow, DateTimeType(), false);
   if (name == "sysutcdatetime") return MakeSystem(SystemValue::UtcNow, kDateTime2, false);
   if (name == "scope_identity") return MakeSystem(SystemValue::Identity, kIdentityType, true);
-  if (name == "object_id") return BindObjectId(context, call);
+  if (name == "object_id") return BindNamedObject(context, call, SystemValue::ObjectId, IntType(), 2);
+  if (name == "ident_current") return BindNamedObject(context, call, SystemValue::LastIdentity, kIdentityType, 1);
   if (name == "db_name") {
     CheckArguments(call, 0, 0);
     return MakeSystem(SystemValue::DatabaseName, kNameType, false);

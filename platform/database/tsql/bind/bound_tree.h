@@ -51,11 +51,12 @@ enum class SystemValue {
   TransactionCount,  // how deep transactions nest
   ErrorNumber,       // of the last statement; a refused one ends its batch, so 0
   ObjectId,          // of the object that a text literal names; Null where there is none
+  LastIdentity,      // that was drawn for the table which a text literal names; Null where there is none
   DatabaseName
 };
 struct System {
   SystemValue value;
-  std::size_t literal = 0;  // of ObjectId
+  std::size_t literal = 0;  // of ObjectId and LastIdentity
 };
 struct Convert {
   ExpressionPtr operand;
