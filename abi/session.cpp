@@ -44,7 +44,7 @@ CallControl& SharedControl::operator*() const {
 }
 
 Session::Session(std::optional<Text> dsn, bool trace) : process_(CurrentProcessId()) {
-  server_.emplace(CallOptions{"TALMRebateRuleMgr", std::move(dsn), trace}, *control_);
+  server_.emplace(CallOptions{"TALMRebateRuleMgr", std::move(dsn), trace, true}, *control_);
   server_->OpenDataSource();
 }
 

@@ -5,6 +5,7 @@
 #include "calls/call_control.h"
 #include "calls/call_description.h"
 #include "calls/call_trace.h"
+#include "calls/id_check.h"
 #include "calls/json_values.h"
 #include "calls/late_call.h"
 #include "platform/login/data_context.h"
@@ -132,6 +133,7 @@ void CallServer::AnswerCall(const Json& request, Json& answer) {
 
 void CallServer::Perform(Instances& instances, const Text& operation, const Json& args, Json& answer) const {
   AnswerErrors(answer, [&] {
+    if (options_.check_ids) CheckIds(args);
     LateCall call(instances, operation, args, options_.dsn);
     AnswerErrors(answer, [&] {
       call.Invoke();

@@ -15,6 +15,7 @@ struct CallOptions {
   Text library;             // the classes are created as `library.Class`
   std::optional<Text> dsn;  // for calls that leave their `sDsn` out
   bool trace = false;       // whether answers list what the call did to the world
+  bool check_ids = false;   // whether arguments that statements can't take as they are are refused (see CheckIds)
 };
 
 // Answers requests, each one JSON object:

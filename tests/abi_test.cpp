@@ -8,6 +8,7 @@
 #include "platform/login/login_components.h"
 #include "platform/login_standins/login_standins.h"
 #include "tests/abi_kit.h"
+#include "tests/hostile.h"
 
 namespace rebate {
 namespace {
@@ -222,6 +223,25 @@ TEST_F(Abi, ManySessionsLeaveNothingBehind) {
   }
   EXPECT_EQ(entries("/proc/self/fd"), files);
   EXPECT_EQ(entries("/proc/self/task"), threads);
+}
+
+// Whoever calls may hand on what strangers wrote.
+TEST_F(Abi, TakesNoStatementForAnId) {
+  Sql("create table t_Canary (FA int)");
+  const AbiSession session(dsn_);
+  std::ifstream lines(REBATE_SOURCE_DIR "/tests/faults/operations.jsonl");
+  std::size_t refused = 0;
+  for (Text line; std::getline(lines, line);) {
+    const Json operation = ParseJson(line);
+    if (operation["op"] == "BaseInfoMgr.UpdateBatch" || operation["args"].empty()) continue;
+    const auto refuses = [&](const Json& args) {
+      return ErrorNumber(session.Call(JsonLine({{"op", operation["op"]}, {"args", args}}))) == 5;
+    };
+    EXPECT_FALSE(refuses(operation["args"])) << line;
+    ForEachHostile(operation["args"], [&](const Json& args) { refused += refuses(args) ? 1 : 0; });
+  }
+  EXPECT_GT(refused, 100u);
+  EXPECT_EQ(RunRebate({"sql", dsn_, "select count(*) from t_Canary"}).status, 0);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <regex>
@@ -13,6 +14,7 @@
 #include "calls/call_control.h"
 #include "calls/call_thread.h"
 #include "calls/late_call.h"
+#include "platform/database/embedded/embedded_account.h"
 #include "service/component_classes.h"
 #include "tests/faults/fault_points.h"
 #include "tests/faults/operations.h"
@@ -72,14 +74,17 @@ struct Left {
 class Calls {
  public:
   Calls(const Operation& operation, bool warm, FaultPoint point, std::size_t n, bool stays) : operation_(operation) {
+    const auto begin = std::chrono::steady_clock::now();
     // A thread of its own has no connection yet.
     std::thread([&] { Perform(warm, point, n, stays); }).join();
+    time_ = std::chrono::steady_clock::now() - begin;
   }
 
   const Text& before() const { return before_; }
-  const Left& faulty() const { return faulty_; }  // the call with the fault
-  const Left& next() const { return next_; }      // the one behind it
-  std::size_t count() const { return count_; }    // how often it came to the point
+  const Left& faulty() const { return faulty_; }         // the call with the fault
+  const Left& next() const { return next_; }             // the one behind it
+  std::size_t count() const { return count_; }           // how often it came to the point
+  bool waited() const { return time_ > kLockWait / 2; }  // for a lock that a call left
 
  private:
   void Perform(bool warm, FaultPoint point, std::size_t n, bool stays) {
@@ -128,6 +133,7 @@ class Calls {
   Left faulty_;
   Left next_;
   std::size_t count_ = 0;
+  std::chrono::steady_clock::duration time_{};
 };
 
 // What is wrong with a run beside one without a fault; empty where nothing is.
@@ -137,6 +143,7 @@ Text WrongWith(const Calls& run, const Calls& sound, const Operation& operation,
   const bool failed = operation.IsFailure(left.answer) || without_memory;
   const bool untouched = left.rows == run.before();
   const bool done = left.rows == sound.faulty().rows;
+  if (run.waited()) return "left a lock";
   if (!untouched && !done) return "left half of its work";
   if (left.answer != sound.faulty().answer && !failed)
     return "gave an answer that is neither: " + JsonLine(left.answer);
