@@ -59,6 +59,9 @@ class Saving:
         calls.kill()
         calls.end()
 
+    def told(self):
+        return f"{self.sent} saves, "
+
     def wrong(self, in_flight):
         """What is wrong now; empty where nothing is. The scheme in flight may stand in place of the one that it replaces."""
         stored = {row["FSchemeName"]: row for row in self.tool.rows(self.dsn, HEADS)}
@@ -109,6 +112,9 @@ class Verb:
             "backup": ["backup", self.target, "--dsn", self.source],
         }[self.name]
 
+    def told(self):
+        return ""
+
     def clear(self):
         for entry in os.listdir(self.folder):
             if entry.startswith("target"):
@@ -141,7 +147,7 @@ def run(name, subject, times):
             print(f"\r{name}: {number} of {times}", end="", file=sys.stderr, flush=True)
     if sys.stderr.isatty():
         print("\r", end="", file=sys.stderr)
-    print(f"{name}: {times} kills, {failures} failures", flush=True)
+    print(f"{name}: {times} kills, {subject.told()}{failures} failures", flush=True)
     return failures
 
 

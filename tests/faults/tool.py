@@ -8,10 +8,10 @@ class Tool:
     def __init__(self, path):
         self.path = path
 
-    def run(self, *arguments, **options):
-        """Runs a verb; its output, where it ends well, else a RuntimeError with what it said."""
-        done = subprocess.run([self.path, *arguments], capture_output=True, text=True, **options)
-        if done.returncode != 0:
+    def run(self, *arguments, statuses=(0,)):
+        """Runs a verb; its output, where it ends with one of the statuses, else a RuntimeError with what it said."""
+        done = subprocess.run([self.path, *arguments], capture_output=True, text=True)
+        if done.returncode not in statuses:
             raise RuntimeError(f"rebate {' '.join(arguments)}: {done.stderr.strip()}")
         return done.stdout
 
