@@ -45,6 +45,21 @@ count_unit_tests() {
   skipped=$((skipped + left_out))
 }
 
+# check NAME COMMAND...: one more test, which passes where the command does; its output is shown where it doesn't.
+check() {
+  local name=$1 log
+  log=$(mktemp)
+  shift
+  if "$@" >"$log" 2>&1; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "FAILED: $name"
+    cat "$log"
+  fi
+  rm -f "$log"
+}
+
 # tell_count: the last line, `N passed, N failed`, with `, N skipped` behind it where there were such; fails where tests
 # failed.
 tell_count() {
