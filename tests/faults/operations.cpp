@@ -55,7 +55,7 @@ bool Operation::IsFailure(const Json& answer) const {
   const Json& result = answer["result"];
   if (!fails->is_object()) return result == *fails || (fails_late && result == *fails_late);
   // A scheme that overlaps is refused for a reason.
-  if (result.contains("Repeat")) return false;
+  if (result.contains("Err") && !result["Err"].get<Text>().starts_with("错误号")) return false;
   for (const auto& [key, value] : fails->items()) {
     if (!result.is_object() || !result.contains(key) || result[key] != value) return false;
   }
