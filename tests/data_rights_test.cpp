@@ -69,6 +69,20 @@ TEST_F(DataRights, TriesAgainAfterAFailure) {
   EXPECT_EQ(answers[1], answers[0]);
 }
 
+TEST_F(DataRights, AsksAgainWhereTheCacheOrTheFirstAnswerIsLost) {
+  SetLoginAnswers({.need_authrize = true});
+  std::thread([] {
+    EXPECT_TRUE(NeedAuthrize());
+    PutProcessCache(NewProcessCache());
+    EXPECT_TRUE(NeedAuthrize()) << "an emptied cache is filled again";
+  }).join();
+  SetLoginAnswers({.failing = {"TALEBSBase.SecurityInfo"}});
+  std::thread([] {
+    EXPECT_FALSE(NeedAuthrize());
+    EXPECT_FALSE(NeedAuthrize()) << "a thread whose question failed doesn't take another one's answer";
+  }).join();
+}
+
 TEST_F(DataRights, ReadsTheItemClassesThroughTheCache) {
   SetLoginAnswers({.authrize_item_class_list = "8,1"});
   Trace trace;
