@@ -73,6 +73,17 @@ TEST_F(EmbeddedChange, RefusesWhatDoesNotFit) {
                   .description.starts_with("The column name 'fkey' is specified more than once in the SET clause"));
 }
 
+TEST_F(EmbeddedChange, MeasuresOneColumnForAnother) {
+  Run("create table t_l (FLong nvarchar(9), FCode varchar(9)) insert into t_l values ('123456', 'abcd')");
+  Run("insert into t_c (FInt) values (1)");
+  for (const char* text :
+       {"insert into t_c (FName) select FLong from t_l", "insert into t_c (FCode) select FCode from t_l",
+        "update t_c set FName = FLong from t_l", "update t_c set FCode = l.FCode from t_l l"}) {
+    EXPECT_EQ(Refusal(text).description, "String or binary data would be truncated.") << text;
+  }
+  EXPECT_EQ(Rows("select FName, FCode from t_c"), "NULL,x");
+}
+
 TEST_F(EmbeddedChange, DrawsNumbersThatNeverComeBack) {
   Run("insert into t_c (FInt) values (1) insert into t_c (FInt) values (2)");
   EXPECT_EQ(Rows("select @@identity as FNew, scope_identity(), @@rowcount"), "2,2,1");
