@@ -45,7 +45,11 @@ void CallFrame::Vote(OnFailure on_failure, const Error& error) {
       context_->VoteAbort();
       return;
     case OnFailure::SwallowAndComplete:
-      context_->VoteComplete();
+      try {
+        context_->VoteComplete();
+      } catch (...) {
+        // The failure is answered already; what can't be committed is undone when the call ends.
+      }
       return;
     case OnFailure::Reraise:
       context_->VoteAbort();

@@ -105,6 +105,7 @@ TEST(FailurePolicy, AnswersARefusedStatementByTheOperationsClass) {
   for (const FailureCase& one : FailureTable()) {
     SCOPED_TRACE(one.member);
     trace.RefuseStatement(1);
+    trace.RefuseCommit(true);  // of a complete vote on the failure, too
     Outcome outcome = CallMember(one, account.dsn(), trace);
     EXPECT_EQ(outcome.result, one.result);
     const bool opens_without_vote = Text(one.member) == "RebateRuleMgr.GetRangeID";
