@@ -144,6 +144,26 @@ class HostSecurity : public Object {
   }
 };
 
+// Answers with an object first and a plain value then.
+class FickleProps : public Object {
+ public:
+  Variant GetProperty(const Text&, Long) { return asked_++ == 0 ? Variant(Row({})) : Variant("plain"); }
+  const MemberTable& Members() const override {
+    static const MemberTable members{dispatch::Method("GetProperty", &FickleProps::GetProperty, {"Name", "ProcessID"})};
+    return members;
+  }
+
+ private:
+  int asked_ = 0;
+};
+
+TEST_F(DataRights, TakesNoPropertyThatChangesItsKind) {
+  RegisterClass(login_component::kShareProps, [] { return New<FickleProps>(); });
+  EXPECT_TRUE(GetProperty("PropsString").IsEmpty());
+  RegisterClass(login_component::kShareProps, nullptr);
+  RegisterLoginStandIns();
+}
+
 TEST_F(DataRights, ReachesAComponentThatTheHostRegistered) {
   RegisterClass(login_component::kSecurityInfo, [] { return New<HostSecurity>(); });
   RegisterLoginStandIns();

@@ -111,6 +111,8 @@ TEST_F(EmbeddedChange, ChangesThroughJoins) {
   Run("delete c from t_c c inner join t_k k on k.FMark = c.FName where k.FKey = 1");
   Run("delete from t_c where not exists (select 1 from t_k where FMark = FName)");
   EXPECT_EQ(Rows("select FName, @@rowcount from t_c"), "b,1");
+  Run("declare @n int set @n = 0 update c set @n = @n + 1, FInt = @n from t_c c inner join t_k k on k.FKey > 0");
+  EXPECT_EQ(Rows("select FInt from t_c"), "1") << "a row that is found three times is changed once";
 }
 
 TEST_F(EmbeddedChange, LeavesNothingOfARefusedStatement) {

@@ -164,17 +164,22 @@ TEST_F(EmbeddedTransactionLoss, ALostUnitTakesNoMoreStatementsAndNoCommit) {
 }
 
 TEST_F(EmbeddedTransactionLoss, AFailedCommitIsRolledBack) {
-  // A deferred key that is violated makes the commit fail, which leaves the engine's transaction open.
   connection_->RollbackWork();
-  sqlite3_exec(engine_,
-               "PRAGMA foreign_keys=ON; CREATE TEMP TABLE parent (a PRIMARY KEY); CREATE TEMP TABLE child (a "
-               "REFERENCES parent DEFERRABLE "
-               "INITIALLY DEFERRED)",
-               nullptr, nullptr, nullptr);
-  connection_->BeginWork();
-  connection_->Execute("insert into t_t values (2)");
-  ASSERT_EQ(sqlite3_exec(engine_, "INSERT INTO child VALUES (1)", nullptr, nullptr, nullptr), SQLITE_OK);
-  EXPECT_NE(CommitError().number, 0);
+  // A deferred key that is violated makes the commit fail, which leaves the engine's transaction open.
+  sqlite3_exec(
+      engine_,
+      "PRAGMA foreign_keys=ON; CREATE TEMP TABLE parent (a PRIMARY KEY); CREATE TEMP TABLE child (a REFERENCES "
+      "parent DEFERRABLE INITIALLY DEFERRED)",
+      nullptr, nullptr, nullptr);
+  for (const bool by_text : {true, false}) {
+    connection_->BeginWork();
+    connection_->Execute("insert into t_t values (2)");
+    ASSERT_EQ(sqlite3_exec(engine_, "INSERT INTO child VALUES (1)", nullptr, nullptr, nullptr), SQLITE_OK);
+    if (by_text) {
+      EXPECT_NE(RefusalOn(*connection_, "commit tran").number, 0);
+    }
+    EXPECT_NE(CommitError().number, 0) << by_text;
+  }
   ExpectAllUndoneAndAllFree();
 }
 

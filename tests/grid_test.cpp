@@ -33,9 +33,9 @@ class Grid : public testing::Test {
     SetLoginAnswers({});
   }
 
-  static void ApplyRights(const Text& classes) {
+  static void ApplyRights(const Text& classes, bool needed = true) {
     PutProcessCache(NewProcessCache());
-    SetLoginAnswers({.need_authrize = true, .authrize_item_class_list = classes});
+    SetLoginAnswers({.need_authrize = needed, .authrize_item_class_list = classes});
   }
 
   static Ref<Vector> Bands(std::initializer_list<std::pair<const char*, const char*>> limits) {
@@ -93,18 +93,20 @@ TEST_F(Grid, LeavesRangesOfOtherSchemesAlone) {
       "insert into t_FL_RebateRule (FClassTypeID,FSchemeID,FOrgID,FAmtRangeID,FIndex,FRebateRate) select "
       "FClassTypeID,FSchemeID,7,FID,FIndex,3 from t_FL_RebateRange");
   const Text ranges = account_.Rows("select FID,FSchemeID,FIndex,FFlag from t_FL_RebateRange where FSchemeID=55");
-  ASSERT_TRUE(SaveBands(2040, Bands({{"5", "9"}})));
+  const auto save_bands = [&] { return SaveBands(2040, Bands({{"5", "9"}, {"0", "1"}})); };
+  ASSERT_TRUE(save_bands());
   // Rules of another scheme and of another type on the range of this one, and one of another type at its position.
   for (const char* key : {"2040,55,FID,7", "2041,0,FID,7", "2041,0,999,1"}) {
     account_.Execute("insert into t_FL_RebateRule (FClassTypeID,FSchemeID,FAmtRangeID,FIndex) select " + Text(key) +
-                     " from t_FL_RebateRange where FSchemeID=0");
+                     " from t_FL_RebateRange where FSchemeID=0 and FLowerLimit=5");
   }
   account_.Execute("insert into t_FL_RebateRange (FClassTypeID,FFlag) values (2040,1)");  // it has no scheme either
   const Text rules = account_.Rows("select * from t_FL_RebateRule");
-  ASSERT_TRUE(SaveBands(2040, Bands({{"5", "9"}})));
+  ASSERT_TRUE(save_bands());
   EXPECT_EQ(account_.Rows("select FID,FSchemeID,FIndex,FFlag from t_FL_RebateRange where FSchemeID=55"), ranges);
   EXPECT_EQ(account_.Rows("select * from t_FL_RebateRule"), rules);
-  EXPECT_EQ(Column(manager_.GetRebateRange(account_.dsn(), 2040), "FLowerLimit"), "0 1 5 ");
+  EXPECT_EQ(Column(manager_.GetRebateRange(account_.dsn(), 2040), "FLowerLimit"), "0 0 1 5 ");
+  account_.Execute("delete from t_FL_RebateRange where FSchemeID=0 and FLowerLimit=0");
   EXPECT_EQ(rules_.GetRangeID(account_.dsn(), 2040),
             "," + Replace(account_.Rows("select FID from t_FL_RebateRange order by FLowerLimit"), "\n", ",") + ",");
 }
@@ -196,17 +198,19 @@ TEST_F(Grid, SplicesRuleValuesByTheirType) {
 
 TEST_F(Grid, StoresRulesForEverybodyWhoIsNotSelected) {
   ASSERT_TRUE(Select(2040, {7}));
+  ASSERT_TRUE(Select(2046, {3}));
   account_.Execute("insert into t_Supplier (FItemID,FDeleted) values (8,1)");
+  account_.Execute("insert into t_FL_RebateRule (FClassTypeID,FOrgID) values (2046,7)");
   Long type = 2040;
   Ref<Vector> rows = List({Row({{"FClassTypeID", 2040}, {"FRebateRate", 4}}), Row({})});
   ASSERT_TRUE(rules_.SaveAllRule(account_.dsn(), type, rows));
   EXPECT_EQ(account_.Rows("select FClassTypeID,FOrgID,FRebateRate from t_FL_RebateRule order by FID"),
-            "2040|3|4\nNULL|3|NULL");
+            "2046|7|NULL\n2040|3|4\nNULL|3|NULL");
   rows = List({Row({{"FOrgID", 1}})});
   EXPECT_FALSE(rules_.SaveAllRule(account_.dsn(), type, rows));
   rows = nullptr;
   ASSERT_TRUE(rules_.SaveAllRule(account_.dsn(), type, rows));
-  EXPECT_EQ(account_.Rows("select FClassTypeID,FOrgID from t_FL_RebateRule"), "NULL|3");
+  EXPECT_EQ(account_.Rows("select FClassTypeID,FOrgID from t_FL_RebateRule order by FID"), "2046|7\nNULL|3");
   type = 4020;
   rows = List({Row({{"FClassTypeID", 4020}})});
   ASSERT_TRUE(rules_.SaveAllRule(account_.dsn(), type, rows));
@@ -231,6 +235,10 @@ TEST_F(Grid, ReadsAGridBackALinePerEntityAndRule) {
       List({Row({{"FClassTypeID", 2040}, {"FItemID", "0"}, {"FOrgID", 7}, {"FAmtRangeID", 1}, {"FRebateRate", 5}}),
             Row({{"FClassTypeID", 2040}, {"FItemID", "0"}, {"FOrgID", 7}, {"FAmtRangeID", 2}, {"FRebateRate", 6}}),
             Row({{"FClassTypeID", 2040}, {"FItemID", "71"}, {"FOrgID", 7}, {"FAmtRangeID", 3}})})));
+  ApplyRights("8", false);
+  // Rules of other types show nowhere.
+  account_.Execute(R"(insert into t_FL_RebateRule (FClassTypeID,FItemID,FOrgID,FAmtRangeID) values
+    (2046,'0',3,9), (2042,'71',7,9))");
   const Ref<Vector> lines = rules_.GetRebateRule(account_.dsn(), 2040, 0, 5);
   EXPECT_EQ(Column(lines, "FNumber"), "S03 S07 S07 ");
   EXPECT_EQ(Column(lines, "FRebateRate"), " 5 6 ");
@@ -254,6 +262,7 @@ TEST_F(Grid, ReadsTheRatesOfOneItemByRange) {
   EXPECT_EQ(rates->Key(1), "4");
   EXPECT_EQ(rates->Value("4"), Variant::Decimal("8.5"));
   EXPECT_FALSE(rules_.GetRebateRuleByItem(account_.dsn(), 2041, 7, 1, 71));
+  EXPECT_FALSE(rules_.GetRebateRuleByItem(account_.dsn(), 2041, 3, 1, 72));
   account_.Execute("update t_FL_RebateRule set FAmtRangeID=null");
   EXPECT_FALSE(rules_.GetRebateRuleByItem(account_.dsn(), 2041, 7, 1, 72));
 }
@@ -279,8 +288,9 @@ TEST_F(Grid, KeepsUsersToWhatTheyMaySee) {
     Ref<Dictionary> nothing;
     EXPECT_TRUE(manager.SaveSelectedItem(account_.dsn(), nothing, 2040, 123, 0));
     EXPECT_EQ(account_.Rows("select FItemID from t_ItemSelect"), "3");
+    account_.Execute("insert into t_FL_RebateRule (FClassTypeID,FOrgID) values (2041,3)");
     EXPECT_TRUE(rules.SaveRebateRule(account_.dsn(), 2040, none, 3, 123));
-    EXPECT_EQ(account_.Rows("select count(*) from t_FL_RebateRule"), "0");
+    EXPECT_EQ(account_.Rows("select FClassTypeID,FOrgID from t_FL_RebateRule"), "2041|3");
   });
   ApplyRights("1");
   OnNewThread([&] {
@@ -298,8 +308,7 @@ TEST_F(Grid, WritesForEverybodyWhereNoRightsApply) {
   for (const auto& one : cases) {
     ASSERT_TRUE(SaveRules(one.type, List({Row({{"FClassTypeID", one.type}, {"FOrgID", 3}})})));
     ASSERT_TRUE(Select(one.type, {3}));
-    SetLoginAnswers({});
-    if (one.rights) ApplyRights("8,1,4");
+    ApplyRights("8,1,4", one.rights);
     OnNewThread([&] {
       Ref<Vector> no_rules;
       Ref<Dictionary> nothing;
