@@ -169,6 +169,7 @@ TEST_F(EmbeddedStatements, NullsTakeTheTypeBesideThem) {
          {"select isnull(null, 'abc'), coalesce(null, 5), isnull(cast(null as varchar(2)), 'abc')", "abc,5,ab"},
          {"select 1 where 'a' = null or null = null or null <> 1 or not null = 1", ""},
          {"select 1 where 5 not in (1, null)", ""},
+         {"declare @a int = 5 declare @b int = case when @a not between null and 3 then 1 else 0 end select @b", "1"},
          {"select 1 where 1 in (1, null) and not 2 in (1, 3)", "1"},
          {"select FID from t_s where FID not in (select FSID from t_o union all select null)", ""},
          {"select FID from t_s where FName not in ('a', null)", ""},

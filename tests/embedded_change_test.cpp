@@ -69,6 +69,10 @@ TEST_F(EmbeddedChange, RefusesWhatDoesNotFit) {
   }
   EXPECT_EQ(Rows("select count(*) from t_c"), "0");
   EXPECT_EQ(Rows("select count(*) from t_k"), "0");
+  Run("create index IX_c_Int on t_c (FInt) create unique index UX_c_Int on t_c (FInt) insert into t_c (FInt) values "
+      "(1)");
+  EXPECT_EQ(Refusal("insert into t_c (FInt) values (1)").description,
+            "Cannot insert duplicate key row in object 'dbo.t_c' with unique index 'UX_c_Int'.");
   EXPECT_TRUE(Refusal("insert into t_k (FKey, fkey) values (1, 2)")
                   .description.starts_with("The column name 'fkey' is specified more than once in the SET clause"));
 }
@@ -92,6 +96,8 @@ TEST_F(EmbeddedChange, DrawsNumbersThatNeverComeBack) {
   EXPECT_EQ(Rows("select @@identity"), "3");
   Run("insert into t_k values (5, null)");
   EXPECT_EQ(Rows("select @@identity"), "NULL");
+  Run("select FID, FInt into t_copy from t_c");
+  EXPECT_EQ(Rows("select @@identity"), "3");
   Run("set identity_insert t_c on insert into t_c (FID, FInt) values (50, 1) set identity_insert t_c off");
   Run("insert into t_c default values");
   EXPECT_EQ(Rows("select max(FID) from t_c"), "51");

@@ -22,6 +22,8 @@ TEST_F(EmbeddedTransaction, UnitOfWorkStandsOrFallsWhole) {
   Run("insert into t_t values (1)");
   EXPECT_NE(Refusal("insert into t_t values (2) insert into t_t values (1)").number, 0);
   EXPECT_EQ(Count(), "2") << "what ran before the refused statement stays until the vote";
+  EXPECT_NE(Refusal("select 1 / (FID - FID) as a into #new from t_t").number, 0);
+  Run("create table #new (a int)");
   account_->RollbackWork();
   EXPECT_EQ(Count(), "0");
   account_->BeginWork();
