@@ -43,12 +43,12 @@ CallControl& SharedControl::operator*() const {
   return *TheControl().control;
 }
 
-Session::Session(std::optional<Text> dsn, bool trace) : process_(CurrentProcessId()) {
+ClientSession::ClientSession(std::optional<Text> dsn, bool trace) : process_(CurrentProcessId()) {
   server_.emplace(CallOptions{"TALMRebateRuleMgr", std::move(dsn), trace, true}, *control_);
   server_->OpenDataSource();
 }
 
-Text Session::Answer(std::string_view request) {
+Text ClientSession::Answer(std::string_view request) {
   if (IsForeign()) {
     throw Error(error_number::kInvalidCall, kSource,
                 "The session belongs to the process that this one was forked from: open one here");
@@ -59,13 +59,13 @@ Text Session::Answer(std::string_view request) {
   return JsonLine(server_->Answer(request));
 }
 
-void Session::Close() {
+void ClientSession::Close() {
   if (IsForeign()) return;
   const std::lock_guard lock(serving_);
   server_.reset();
 }
 
-bool Session::IsForeign() const {
+bool ClientSession::IsForeign() const {
   return process_ != CurrentProcessId();
 }
 

@@ -21,10 +21,10 @@ class SharedControl {
 };
 
 // Served calls of one client, from any thread, one at a time.
-class Session {
+class ClientSession {
  public:
   // Raises where the data source can't be opened.
-  Session(std::optional<Text> dsn, bool trace);
+  ClientSession(std::optional<Text> dsn, bool trace);
 
   // The answer to a request, on one line. Raises 70 while another thread's call runs, 5 in another process than the one
   // that the session was made in, 91 when it is closed, and where memory gives out.

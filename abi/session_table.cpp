@@ -5,13 +5,13 @@
 namespace rebate {
 
 std::uint64_t SessionTable::Open(std::optional<Text> dsn, bool trace) {
-  auto session = std::make_shared<Session>(std::move(dsn), trace);
+  auto session = std::make_shared<ClientSession>(std::move(dsn), trace);
   const std::lock_guard lock(mutex_);
   sessions_.emplace(last_ + 1, std::move(session));
   return ++last_;
 }
 
-std::shared_ptr<Session> SessionTable::Find(std::uint64_t number) {
+std::shared_ptr<ClientSession> SessionTable::Find(std::uint64_t number) {
   const std::lock_guard lock(mutex_);
   const auto found = sessions_.find(number);
   if (found == sessions_.end()) {
@@ -21,7 +21,7 @@ std::shared_ptr<Session> SessionTable::Find(std::uint64_t number) {
 }
 
 void SessionTable::Close(std::uint64_t number) {
-  std::shared_ptr<Session> session;
+  std::shared_ptr<ClientSession> session;
   {
     const std::lock_guard lock(mutex_);
     const auto found = sessions_.find(number);

@@ -16,14 +16,14 @@ class SessionTable {
   std::uint64_t Open(std::optional<Text> dsn, bool trace);
 
   // Raises 91 for a number under which no session is open.
-  std::shared_ptr<Session> Find(std::uint64_t number);
+  std::shared_ptr<ClientSession> Find(std::uint64_t number);
 
   // Closes the session and waits for its end. A number that is no session's is let be.
   void Close(std::uint64_t number);
 
  private:
   std::mutex mutex_;
-  std::map<std::uint64_t, std::shared_ptr<Session>> sessions_;
+  std::map<std::uint64_t, std::shared_ptr<ClientSession>> sessions_;
   std::uint64_t last_ = 0;
 };
 

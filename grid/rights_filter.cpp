@@ -7,7 +7,7 @@
 namespace rebate {
 
 Text RightsFilter(std::string_view column, Long rebate_type, Long user_id) {
-  const std::string_view item_class = user_id != 0 ? rebate_type::RightsClass(rebate_type) : "";
+  const std::string_view item_class = rebate_type::RightsClass(rebate_type);
   const bool applies =
       NeedAuthrize() && user_id != 0 && !item_class.empty() && AuthrizeItemClassList().find(item_class) != Text::npos;
   if (!applies) return "";

@@ -22,9 +22,11 @@ Text NumberRange(const Dictionary& filter) {
   return Statement("\r\n and a.FSchemeID in ({})", organisations);
 }
 
+// Empty where the value is the empty text or no number above 0; a text that is no number raises.
 Text PositiveClause(const Dictionary& filter, std::string_view key, std::string_view clause) {
   const Variant value = filter.GetValue(key, Long{-1});
-  return ToDouble(value) > 0 ? "\r\n" + Statement(clause, ToText(value)) : "";
+  if (value == Variant("") || ToDouble(value) <= 0) return "";
+  return "\r\n" + Statement(clause, ToText(value));
 }
 
 Text LikeClause(const Dictionary& filter, std::string_view key, std::string_view clause) {
@@ -34,8 +36,8 @@ Text LikeClause(const Dictionary& filter, std::string_view key, std::string_view
 
 Text StatusClause(const Dictionary& filter) {
   const Variant status = filter.GetValue("Status", Long{1});
-  if (EqualsNumber(status, 0)) return "\r\n and a.FEnable =0";
-  if (EqualsNumber(status, 1)) return "\r\n and a.FEnable =1";
+  if (IsTheNumber(status, 0)) return "\r\n and a.FEnable =0";
+  if (IsTheNumber(status, 1)) return "\r\n and a.FEnable =1";
   return "";
 }
 

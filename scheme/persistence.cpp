@@ -78,7 +78,7 @@ void AppendGridRow(const Dictionary& grid_row, Long new_id, StatementList& state
                                       ValueText(item, "FItemID")));
   });
   EachInnerRow(grid_row, "FRebateRates", [&](const Dictionary& rate) {
-    const Long mark = EqualsNumber(grid_row.GetValue("FZH"), 1) ? 2 : 1;
+    const Long mark = IsTheNumber(grid_row.GetValue("FZH"), 1) ? 2 : 1;
     statements.Append(Statement(
         "INSERT INTO t_FL_RebateRule (FSchemeID,FRowID,FItemID,FOrgID,FRebateRate,FIndex)\r\n"
         "VALUES ({},{},{},0,{},{})",

@@ -40,7 +40,8 @@ class BaseInfoMgr : public Object {
 
   // The schemes that match the filter `dct` (BegTxt, EndTxt, SchemeID, SchemeName, Note, RebateType, Status,
   // RebateClassType), newest first, each a row with its organisations as one text under FOrg and as a list under
-  // FOrgDetail; null where the filter names no class.
+  // FOrgDetail; null where the filter names no class. An empty SchemeID or RebateType and a Status that is no number
+  // leave nothing out.
   Ref<Vector> LoadSchemeListData(const Text& sDsn, Ref<Dictionary>& dct);
 
   // Whether the scheme is to be moved to the state `Enabled`. Where that disables another scheme, `msg` is the question

@@ -45,22 +45,17 @@ void CallFrame::Vote(OnFailure on_failure, const Error& error) {
       context_->VoteAbort();
       return;
     case OnFailure::SwallowAndComplete:
-      CompleteWhatIsThere();
+      try {
+        context_->VoteComplete();
+      } catch (...) {
+        // The failure is answered already; what can't be committed is undone when the call ends.
+      }
       return;
     case OnFailure::Reraise:
       context_->VoteAbort();
       Error raised = error;
       raised.source = kReraiseSource;
       throw raised;
-  }
-}
-
-// A commit that fails here has undone the work; the caller sees a normal return all the same.
-void CallFrame::CompleteWhatIsThere() {
-  try {
-    context_->VoteComplete();
-  } catch (...) {
-    context_->VoteAbort();
   }
 }
 

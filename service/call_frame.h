@@ -97,7 +97,6 @@ class CallFrame {
 
   void OpenDataContext(const Text& dsn);
   void Vote(OnFailure on_failure, const Error& error);
-  void CompleteWhatIsThere();
   static bool ResetsResult(OnFailure on_failure);
   static void Report(const Error& error, Ref<Dictionary>& result);
 

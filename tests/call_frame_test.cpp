@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/automation/class_objects.h"
 #include "platform/automation/conversion.h"
 #include "platform/automation/dispatch.h"
@@ -29,45 +31,52 @@ struct FailureCase {
   const char* member;
   std::vector<Variant> arguments;  // in order; the data source as the text "DSN"
   Text result;
-  Events votes;  // behind the failing statement
+  Events votes;        // behind the failing statement
+  Text done;           // the result on an account with a row of everything
+  bool stays = false;  // also where the commit fails
+  bool completes = true;
 };
 
 std::vector<FailureCase> FailureTable() {
   const Variant rows = List({Row({{"FItemID", 1}})});
+  const Variant lines = List({Row({{"FOrgID", 1}, {"FRebateCount", 1}})});
+  const Variant type = Row({{"FRebateType", 2040}, {"FRangeItemClass", 8}});
   const Variant bands = List({Row({{"FLower", "0"}, {"FUpper", "9"}})});
   const Variant filter = Row({{"RebateClassType", 24}});
   const Variant empty_row = Row({});
+  const Variant none = List({});
   const Variant null = ObjectRef();
   const Text refused = "错误号：-2147217900,Refused by the test.";
   return {
-      {"BaseInfoMgr.DeleteItemNotInRule", {"DSN", 2040, false}, "False", {}},
-      {"BaseInfoMgr.GetRebateRange", {"DSN", 2040}, "null", {}},
-      {"BaseInfoMgr.SaveRebateRange", {"DSN", 2040, bands}, "False", {}},
-      {"BaseInfoMgr.GetItemInfo", {2040, 0, "DSN", 1}, "null", {}},
-      {"BaseInfoMgr.SaveSelectedItem", {"DSN", null, 2040, 1}, "False", {}},
-      {"BaseInfoMgr.LoadRebateTypeData", {"DSN", 24}, "null", {"complete"}},
-      {"BaseInfoMgr.LoadSchemeRowData", {"DSN", 1, null}, "False", {}},
-      {"BaseInfoMgr.LoadSchemeListData", {"DSN", filter}, "null", {}},
-      {"BaseInfoMgr.CheckEnableScheme", {"DSN", 1, true, "as passed"}, "False", {}},
-      {"BaseInfoMgr.EnableScheme", {"DSN", 1, true}, "False", {"abort"}},
+      {"BaseInfoMgr.DeleteItemNotInRule", {"DSN", 2040, false}, "False", {}, "True"},
+      {"BaseInfoMgr.GetRebateRange", {"DSN", 2040}, "null", {}, "object"},
+      {"BaseInfoMgr.SaveRebateRange", {"DSN", 2040, bands}, "False", {}, "True"},
+      {"BaseInfoMgr.GetItemInfo", {2040, 0, "DSN", 1}, "null", {}, "object"},
+      {"BaseInfoMgr.SaveSelectedItem", {"DSN", null, 2040, 1}, "False", {}, "True"},
+      {"BaseInfoMgr.LoadRebateTypeData", {"DSN", 24}, "null", {"complete"}, "object", true},
+      {"BaseInfoMgr.LoadSchemeRowData", {"DSN", 1, null}, "False", {}, "True"},
+      {"BaseInfoMgr.LoadSchemeListData", {"DSN", filter}, "null", {}, "object"},
+      {"BaseInfoMgr.CheckEnableScheme", {"DSN", 1, true, "as passed"}, "False", {}, "True", true},
+      {"BaseInfoMgr.EnableScheme", {"DSN", 1, true}, "False", {"abort"}, "True"},
       {"BaseInfoMgr.SaveOneSchemeData",
-       {"DSN", empty_row, empty_row, rows, rows, rows},
+       {"DSN", type, empty_row, none, none, none},
        "OK=False " + refused,
-       {"abort"}},
-      {"BaseInfoMgr.SaveSchemeData", {"DSN", 0, "n", 2040, 6, "", bands, rows, ""}, "False", {"abort"}},
-      {"BaseInfoMgr.ViewSchemeData", {"DSN", 1, "n", 0, 0, "", null, null, ""}, "False", {"abort"}},
-      {"BaseInfoMgr.ExistsSchemeName", {"DSN", 0, "n"}, "False", {"abort"}},
-      {"BaseInfoMgr.DelSchemeData", {"DSN", "1"}, "False", {"abort"}},
-      {"BaseInfoMgr.CheckSchemeAllowDel", {"DSN", "1"}, "False", {"abort"}},
-      {"BaseInfoMgr.CheckSchemeData", {"DSN", 0, 2041, 1, 0, "1"}, "False", {"abort"}},
-      {"RebateRuleMgr.SaveAllRule", {"DSN", 2040, rows}, "False", {}},
-      {"RebateRuleMgr.SaveRebateRule", {"DSN", 2040, rows, 0}, "False", {}},
-      {"RebateRuleMgr.GetRebateRangeIndex", {"DSN", 1, 2040}, "0", {}},
-      {"RebateRuleMgr.GetRebateRuleByItem", {"DSN", 2041, 1, 1, 1}, "null", {}},
-      {"RebateRuleMgr.GetRangeID", {"DSN", 2040}, "", {}},
-      {"RebateRuleMgr.GetRebateRule", {"DSN", 2040, 0, 1}, "null", {}},
-      {"RebateRuleMgr.GetForbidSchemeList", {"DSN", 24}, "null", {"complete"}},
-      {"RebateRuleMgr.UnForbidSchemeList", {"DSN", "1"}, "False", {"complete"}},
+       {"abort"},
+       "object"},
+      {"BaseInfoMgr.SaveSchemeData", {"DSN", 0, "n", 2040, 6, "", bands, lines, ""}, "False", {"abort"}, "True"},
+      {"BaseInfoMgr.ViewSchemeData", {"DSN", 1, "n", 0, 0, "", null, null, ""}, "False", {"abort"}, "True"},
+      {"BaseInfoMgr.ExistsSchemeName", {"DSN", 0, "n"}, "False", {"abort"}, "True"},
+      {"BaseInfoMgr.DelSchemeData", {"DSN", "1"}, "False", {"abort"}, "True"},
+      {"BaseInfoMgr.CheckSchemeAllowDel", {"DSN", "1"}, "False", {"abort"}, "True"},
+      {"BaseInfoMgr.CheckSchemeData", {"DSN", 0, 2041, 1, 1, "1"}, "False", {"abort"}, "True"},
+      {"RebateRuleMgr.SaveAllRule", {"DSN", 2040, rows}, "False", {}, "True"},
+      {"RebateRuleMgr.SaveRebateRule", {"DSN", 2040, rows, 0}, "False", {}, "True"},
+      {"RebateRuleMgr.GetRebateRangeIndex", {"DSN", 1, 2040}, "0", {}, "1", true, false},
+      {"RebateRuleMgr.GetRebateRuleByItem", {"DSN", 2041, 1, 1, 1}, "null", {}, "object"},
+      {"RebateRuleMgr.GetRangeID", {"DSN", 2040}, "", {}, ",1,", true, false},
+      {"RebateRuleMgr.GetRebateRule", {"DSN", 2040, 0, 1}, "null", {}, "object"},
+      {"RebateRuleMgr.GetForbidSchemeList", {"DSN", 24}, "null", {"complete"}, "object", true},
+      {"RebateRuleMgr.UnForbidSchemeList", {"DSN", "1"}, "False", {"complete"}, "True"},
   };
 }
 
@@ -96,6 +105,7 @@ TEST(FailurePolicy, AnswersARefusedStatementByTheOperationsClass) {
   for (const FailureCase& one : FailureTable()) {
     SCOPED_TRACE(one.member);
     trace.RefuseStatement(1);
+    trace.RefuseCommit(true);  // of a complete vote on the failure, too
     Outcome outcome = CallMember(one, account.dsn(), trace);
     EXPECT_EQ(outcome.result, one.result);
     const bool opens_without_vote = Text(one.member) == "RebateRuleMgr.GetRangeID";
@@ -104,6 +114,38 @@ TEST(FailurePolicy, AnswersARefusedStatementByTheOperationsClass) {
                   [](const Text& event) { return event.find(' ') != Text::npos || event.starts_with("TAL"); });
     expected.insert(expected.end(), one.votes.begin(), one.votes.end());
     EXPECT_EQ(outcome.events, expected);
+  }
+}
+
+// Scheme 1 is a disabled form of type 2040 with a band and a rule; supplier 1 is selected, supplier 2 isn't.
+void FillAccount(const TestAccount& account) {
+  account.Execute(R"(
+    insert into t_User (FUserID) values (1001)
+    insert into t_Item (FItemClassID,FItemID) values (8,1)
+    insert into t_Supplier (FItemID) values (1), (2)
+    insert into t_FL_SchemeList (FSchemeName,FRebateType,FCheckerID,FNote) values ('n',2040,1001,'')
+    insert into t_FL_RebateRange (FSchemeID,FClassTypeID,FIndex) values (1,2040,1)
+    insert into t_FL_RebateRule (FSchemeID,FClassTypeID,FItemID,FOrgID,FAmtRangeID) values
+      (1,2040,'0',1,1), (1,2041,'1',1,1)
+    insert into t_ItemSelect (FClassTypeID,FItemID,FOrgID) values (2040,1,0))");
+}
+
+TEST(FailurePolicy, CompletesAndAnswersAFailedCommitByTheOperationsClass) {
+  Trace trace;
+  for (const FailureCase& one : FailureTable()) {
+    SCOPED_TRACE(one.member);
+    for (const bool commits : {true, false}) {
+      const TestAccount account;
+      FillAccount(account);
+      trace.RefuseCommit(!commits);
+      const Outcome outcome = CallMember(one, account.dsn(), trace);
+      EXPECT_EQ(outcome.result, commits || one.stays ? one.done : one.result);
+      Events expected = one.completes ? Events{"complete"} : Events{};
+      if (one.completes && !commits) expected.insert(expected.end(), one.votes.begin(), one.votes.end());
+      Events votes(std::find(outcome.events.begin(), outcome.events.end(), "connection"), outcome.events.end());
+      std::erase_if(votes, [](const Text& event) { return event != "complete" && event != "abort"; });
+      EXPECT_EQ(votes, expected);
+    }
   }
 }
 

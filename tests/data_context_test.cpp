@@ -31,13 +31,17 @@ class LoggedConnection : public Connection {
     if (text == "lost") throw Error(database_error::kConnection, "test", "the server is gone");
     return nullptr;
   }
-  void BeginWork() override { Note("begin"); }
+  void BeginWork() override {
+    Note("begin");
+    if (begin_fails) throw Error(database_error::kTimeout, "test", "no beginning");
+  }
   void CommitWork() override {
     Note("commit");
     if (commit_fails) throw Error(database_error::kTimeout, "test", "no commit");
   }
   void RollbackWork() noexcept override { Note("rollback"); }
 
+  static inline bool begin_fails = false;
   static inline bool commit_fails = false;
 
  private:
@@ -138,6 +142,12 @@ TEST_F(DataContextTest, ALostConnectionIsReplacedAtTheNextOpen) {
   TakeLog();
   context->Open("a");
   EXPECT_EQ(TakeLog(), (Log{"a:close", "a:connect", "a:begin"}));
+  LoggedConnection::begin_fails = true;
+  EXPECT_EQ(ErrorOf([&] { context->Open("a"); }).number, database_error::kTimeout);
+  LoggedConnection::begin_fails = false;
+  TakeLog();
+  context->Open("a");
+  EXPECT_EQ(TakeLog(), (Log{"a:close", "a:connect", "a:begin"})) << "one that can't begin is of no use";
 }
 
 TEST_F(DataContextTest, AnAccountFileThatWasReplacedIsOpenedAnew) {

@@ -69,6 +69,20 @@ TEST_F(DataRights, TriesAgainAfterAFailure) {
   EXPECT_EQ(answers[1], answers[0]);
 }
 
+TEST_F(DataRights, AsksAgainWhereTheCacheOrTheFirstAnswerIsLost) {
+  SetLoginAnswers({.need_authrize = true});
+  std::thread([] {
+    EXPECT_TRUE(NeedAuthrize());
+    PutProcessCache(NewProcessCache());
+    EXPECT_TRUE(NeedAuthrize()) << "an emptied cache is filled again";
+  }).join();
+  SetLoginAnswers({.failing = {"TALEBSBase.SecurityInfo"}});
+  std::thread([] {
+    EXPECT_FALSE(NeedAuthrize());
+    EXPECT_FALSE(NeedAuthrize()) << "a thread whose question failed doesn't take another one's answer";
+  }).join();
+}
+
 TEST_F(DataRights, ReadsTheItemClassesThroughTheCache) {
   SetLoginAnswers({.authrize_item_class_list = "8,1"});
   Trace trace;
@@ -129,6 +143,26 @@ class HostSecurity : public Object {
     return members;
   }
 };
+
+// Answers with an object first and a plain value then.
+class FickleProps : public Object {
+ public:
+  Variant GetProperty(const Text&, Long) { return asked_++ == 0 ? Variant(Row({})) : Variant("plain"); }
+  const MemberTable& Members() const override {
+    static const MemberTable members{dispatch::Method("GetProperty", &FickleProps::GetProperty, {"Name", "ProcessID"})};
+    return members;
+  }
+
+ private:
+  int asked_ = 0;
+};
+
+TEST_F(DataRights, TakesNoPropertyThatChangesItsKind) {
+  RegisterClass(login_component::kShareProps, [] { return New<FickleProps>(); });
+  EXPECT_TRUE(GetProperty("PropsString").IsEmpty());
+  RegisterClass(login_component::kShareProps, nullptr);
+  RegisterLoginStandIns();
+}
 
 TEST_F(DataRights, ReachesAComponentThatTheHostRegistered) {
   RegisterClass(login_component::kSecurityInfo, [] { return New<HostSecurity>(); });

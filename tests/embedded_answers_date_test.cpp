@@ -1,3 +1,6 @@
+#include <chrono>
+#include <thread>
+
 #include "tests/embedded_answers_kit.h"
 
 namespace rebate {
@@ -131,6 +134,10 @@ TEST_F(EmbeddedDates, AStatementKnowsOneInstant) {
          {"select count(distinct d) from t_now where FID > 501", "1"},
          {"select count(distinct e) from t_now where FID <= 501", "1"},
          {"select count(*) from t_now where getdate() = current_timestamp and getdate() >= d", "1002"}});
+  const char* now = "select convert(varchar(23), getdate(), 121)";
+  const Text before = Rows(now);
+  std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_LT(before, Rows(now)) << "the next one another";
 }
 
 }  // namespace

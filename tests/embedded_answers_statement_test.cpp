@@ -169,6 +169,7 @@ TEST_F(EmbeddedStatements, NullsTakeTheTypeBesideThem) {
          {"select isnull(null, 'abc'), coalesce(null, 5), isnull(cast(null as varchar(2)), 'abc')", "abc,5,ab"},
          {"select 1 where 'a' = null or null = null or null <> 1 or not null = 1", ""},
          {"select 1 where 5 not in (1, null)", ""},
+         {"declare @a int = 5 declare @b int = case when @a not between null and 3 then 1 else 0 end select @b", "1"},
          {"select 1 where 1 in (1, null) and not 2 in (1, 3)", "1"},
          {"select FID from t_s where FID not in (select FSID from t_o union all select null)", ""},
          {"select FID from t_s where FName not in ('a', null)", ""},
@@ -219,6 +220,20 @@ TEST_F(EmbeddedStatements, LeftJoinsGiveNulls) {
          {"select count(*) from t_o o right join t_s s on o.FSID = s.FID where isnull(o.FNote, '') = ''", "1"},
          {"select count(*), count(s.FID), count(o.FID) from t_s s full join t_o o on o.FSID = s.FID and o.FID < 3",
           "5,4,3"}});
+  // A temporary table leads a join only where nothing is lost by it.
+  Run("create table #k (FKey int) insert into #k values (3), (2)");
+  Check({{"select s.FID, k.FKey from t_s s left join #k k on k.FKey = s.FID order by s.FID", "1,NULL;2,2;3,3"},
+         {"select s.FID, v.FNote from t_s s left join (select FSID, FNote from t_o where FID = 3) v on v.FSID = s.FID "
+          "inner join #k k on k.FKey = v.FSID or k.FKey = s.FID order by s.FID",
+          "2,z;3,NULL"}});
+}
+
+TEST_F(EmbeddedStatements, UnionsAreNullableWhereOneOfTheirPartsIs) {
+  Run("select FSum as a, FID as b, FID as c into t_v from t_s union all select FID, FSum, FID from t_s");
+  Check(
+      {{"select column_name, is_nullable from information_schema.columns where table_name = 't_v' order by "
+        "ordinal_position",
+        "a,YES;b,YES;c,NO"}});
 }
 
 TEST_F(EmbeddedStatements, IdentityInsertEndsWithItsTable) {

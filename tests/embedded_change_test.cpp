@@ -69,8 +69,23 @@ TEST_F(EmbeddedChange, RefusesWhatDoesNotFit) {
   }
   EXPECT_EQ(Rows("select count(*) from t_c"), "0");
   EXPECT_EQ(Rows("select count(*) from t_k"), "0");
+  Run("create index IX_c_Int on t_c (FInt) create unique index UX_c_Int on t_c (FInt) insert into t_c (FInt) values "
+      "(1)");
+  EXPECT_EQ(Refusal("insert into t_c (FInt) values (1)").description,
+            "Cannot insert duplicate key row in object 'dbo.t_c' with unique index 'UX_c_Int'.");
   EXPECT_TRUE(Refusal("insert into t_k (FKey, fkey) values (1, 2)")
                   .description.starts_with("The column name 'fkey' is specified more than once in the SET clause"));
+}
+
+TEST_F(EmbeddedChange, MeasuresOneColumnForAnother) {
+  Run("create table t_l (FLong nvarchar(9), FCode varchar(9)) insert into t_l values ('123456', 'abcd')");
+  Run("insert into t_c (FInt) values (1)");
+  for (const char* text :
+       {"insert into t_c (FName) select FLong from t_l", "insert into t_c (FCode) select FCode from t_l",
+        "update t_c set FName = FLong from t_l", "update t_c set FCode = l.FCode from t_l l"}) {
+    EXPECT_EQ(Refusal(text).description, "String or binary data would be truncated.") << text;
+  }
+  EXPECT_EQ(Rows("select FName, FCode from t_c"), "NULL,x");
 }
 
 TEST_F(EmbeddedChange, DrawsNumbersThatNeverComeBack) {
@@ -81,6 +96,8 @@ TEST_F(EmbeddedChange, DrawsNumbersThatNeverComeBack) {
   EXPECT_EQ(Rows("select @@identity"), "3");
   Run("insert into t_k values (5, null)");
   EXPECT_EQ(Rows("select @@identity"), "NULL");
+  Run("select FID, FInt into t_copy from t_c");
+  EXPECT_EQ(Rows("select @@identity"), "3");
   Run("set identity_insert t_c on insert into t_c (FID, FInt) values (50, 1) set identity_insert t_c off");
   Run("insert into t_c default values");
   EXPECT_EQ(Rows("select max(FID) from t_c"), "51");
@@ -100,6 +117,8 @@ TEST_F(EmbeddedChange, ChangesThroughJoins) {
   Run("delete c from t_c c inner join t_k k on k.FMark = c.FName where k.FKey = 1");
   Run("delete from t_c where not exists (select 1 from t_k where FMark = FName)");
   EXPECT_EQ(Rows("select FName, @@rowcount from t_c"), "b,1");
+  Run("declare @n int set @n = 0 update c set @n = @n + 1, FInt = @n from t_c c inner join t_k k on k.FKey > 0");
+  EXPECT_EQ(Rows("select FInt from t_c"), "1") << "a row that is found three times is changed once";
 }
 
 TEST_F(EmbeddedChange, LeavesNothingOfARefusedStatement) {

@@ -78,6 +78,11 @@ TEST_F(EmbeddedDefinition, IdentitiesCountAsDeclared) {
       Run("drop table " + name);
     }
   }
+  Run("create table t_i (FID int identity(10,5), a int) insert into t_i (a) values (1), (2) delete from t_i where a = "
+      "2");
+  Run("set identity_insert t_i on insert into t_i (FID) values (3) set identity_insert t_i off");
+  Run("insert into t_i (a) values (4)");
+  EXPECT_EQ(Rows("select max(FID) from t_i"), "20") << "a lower number that is given brings none back that is gone";
 }
 
 TEST_F(EmbeddedDefinition, IdentitiesStopAtTheirType) {

@@ -2,6 +2,8 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/database/embedded/embedded_connection.h"
+#include "platform/database/embedded/functions.h"
 #include "tests/embedded_kit.h"
 
 namespace rebate {
@@ -20,6 +22,8 @@ TEST_F(EmbeddedTransaction, UnitOfWorkStandsOrFallsWhole) {
   Run("insert into t_t values (1)");
   EXPECT_NE(Refusal("insert into t_t values (2) insert into t_t values (1)").number, 0);
   EXPECT_EQ(Count(), "2") << "what ran before the refused statement stays until the vote";
+  EXPECT_NE(Refusal("select 1 / (FID - FID) as a into #new from t_t").number, 0);
+  Run("create table #new (a int)");
   account_->RollbackWork();
   EXPECT_EQ(Count(), "0");
   account_->BeginWork();
@@ -102,14 +106,83 @@ TEST_F(EmbeddedTransaction, IdentityInsertEndsWithItsUnitAndItsTable) {
 
 TEST_F(EmbeddedTransaction, WriterWaitsForTheOtherAndGivesUpInTime) {
   const ConnectionRef other = OpenEmbedded(path_, 50ms);
-  account_->BeginWork();
-  Run("if 1 = 1 select 1");
-  const Error error = RefusalOn(*other, "insert into t_t values (1)");
-  EXPECT_EQ(error.number, database_error::kTimeout);
-  EXPECT_EQ(error.description, "Lock request time out period exceeded: another process is writing to " + path_ + ".");
-  EXPECT_EQ(RowsOn(*other, "select count(*) from t_t"), "0") << "readers don't wait";
-  account_->CommitWork();
+  // A text that may write is the writer from its first statement on, a long one too.
+  Text long_text = "select 1 ";
+  while (long_text.size() < 3000) long_text += "select FID from t_t where FID = 1 ";
+  for (const Text& text :
+       {Text("if 1 = 1 select 1"), Text("select 1 as a into #t_new"), long_text + "if 1 = 0 delete from t_t"}) {
+    account_->BeginWork();
+    Run(text);
+    const Error error = RefusalOn(*other, "insert into t_t values (1)");
+    EXPECT_EQ(error.number, database_error::kTimeout) << text;
+    EXPECT_EQ(error.description, "Lock request time out period exceeded: another process is writing to " + path_ + ".");
+    EXPECT_EQ(RowsOn(*other, "select count(*) from t_t"), "0") << "readers don't wait";
+    account_->CommitWork();
+  }
   EXPECT_EQ(RefusalOn(*other, "insert into t_t values (1)").number, 0);
+}
+
+// The test holds the engine's own handle, too, by which it breaks a transaction.
+class EmbeddedTransactionLoss : public EmbeddedTransaction {
+ protected:
+  EmbeddedTransactionLoss() {
+    sqlite3_open(path_.c_str(), &engine_);
+    RegisterFunctions(engine_);
+    sqlite3_exec(engine_, "ATTACH ':memory:' AS tempdb", nullptr, nullptr, nullptr);
+    connection_ = New<EmbeddedConnection>(DatabaseHandle(engine_), path_);
+    connection_->Execute("insert into t_t values (1)");
+    connection_->BeginWork();
+    connection_->Execute("insert into t_t values (2)");
+  }
+  Error CommitError() {
+    try {
+      connection_->CommitWork();
+    } catch (const Error& error) {
+      return error;
+    }
+    return Error(0, "", "");
+  }
+  void ExpectAllUndoneAndAllFree() {
+    const ConnectionRef other = OpenEmbedded(path_, 50ms);
+    EXPECT_EQ(RefusalOn(*other, "insert into t_t values (9)").number, 0);
+    EXPECT_EQ(Rows("select FID from t_t order by FID"), "1;9");
+    EXPECT_EQ(RefusalOn(*connection_, "insert into t_t values (10)").number, 0);
+  }
+
+  sqlite3* engine_ = nullptr;
+  ConnectionRef connection_;
+};
+
+TEST_F(EmbeddedTransactionLoss, ALostUnitTakesNoMoreStatementsAndNoCommit) {
+  connection_->Execute("insert into t_t select FID + 2 from t_t");
+  sqlite3_progress_handler(
+      engine_, 1, [](void*) { return 1; }, nullptr);
+  EXPECT_NE(RefusalOn(*connection_, "insert into t_t select FID + 20 from t_t").number, 0);
+  sqlite3_progress_handler(engine_, 0, nullptr, nullptr);
+  EXPECT_EQ(RefusalOn(*connection_, "insert into t_t values (3)").description,
+            "The transaction was undone by an earlier error and can take no more statements.");
+  EXPECT_EQ(CommitError().description, "The transaction was undone by an earlier error and can't be committed.");
+  ExpectAllUndoneAndAllFree();
+}
+
+TEST_F(EmbeddedTransactionLoss, AFailedCommitIsRolledBack) {
+  connection_->RollbackWork();
+  // A deferred key that is violated makes the commit fail, which leaves the engine's transaction open.
+  sqlite3_exec(
+      engine_,
+      "PRAGMA foreign_keys=ON; CREATE TEMP TABLE parent (a PRIMARY KEY); CREATE TEMP TABLE child (a REFERENCES "
+      "parent DEFERRABLE INITIALLY DEFERRED)",
+      nullptr, nullptr, nullptr);
+  for (const bool by_text : {true, false}) {
+    connection_->BeginWork();
+    connection_->Execute("insert into t_t values (2)");
+    ASSERT_EQ(sqlite3_exec(engine_, "INSERT INTO child VALUES (1)", nullptr, nullptr, nullptr), SQLITE_OK);
+    if (by_text) {
+      EXPECT_NE(RefusalOn(*connection_, "commit tran").number, 0);
+    }
+    EXPECT_NE(CommitError().number, 0) << by_text;
+  }
+  ExpectAllUndoneAndAllFree();
 }
 
 TEST_F(EmbeddedTransaction, CheckAndWriteOfOneUnitAreNotSplit) {

@@ -21,7 +21,7 @@ struct Form {
   Ref<Vector> rows = List({});
 
   Form& Line(const Text& key, Long band, const Text& rate, const Text& check = "") {
-    const bool by_total = type == 2040;
+    const bool by_total = type == 2040 || type == 2046 || type == 3020 || type == 3026;
     rows->Add(Row({{by_total ? "FOrgID" : "FItemID", key},
                    {"FRebateCount", band},
                    {"FRebateRate", rate},
@@ -90,6 +90,17 @@ TEST_F(FormScheme, StoresOneItemInThreeBandsForTwoOrganisations) {
             "71|7|1|1|1|9|\n71|3|1|1|2|9|\n71|7|2|2.5|3|9|\n71|3|2|2.5|4|9|\n71|7|3|3|5|9|72\n71|3|3|3|6|9|72");
   EXPECT_EQ(account_.Rows("select i.FItemID from t_FL_AllItems i inner join t_FL_RebateRule r on r.FID=i.FRuleTableID"),
             "71\n71\n71\n71\n71\n71");
+  EXPECT_EQ(account_.Rows("select count(distinct FRuleTableID) from t_FL_AllItems"), "6");
+  EXPECT_EQ(View(NewestScheme()).rows->Size(), 3);
+  // A taken name hangs the rows on the scheme that bears it; another form's rows are its own.
+  ASSERT_TRUE(form.Save(account_));
+  EXPECT_EQ(account_.Rows("select distinct FSchemeID from t_FL_RebateRule"), "1");
+  form.name = "other";
+  ASSERT_TRUE(form.Save(account_));
+  EXPECT_EQ(account_.Rows("select r.FSchemeID,count(*) from t_FL_RebateRule r inner join t_FL_RebateRange b on "
+                          "b.FID=r.FAmtRangeID and b.FSchemeID=r.FSchemeID group by r.FSchemeID"),
+            "1|6\n3|6");
+  EXPECT_EQ(account_.Rows("select FSchemeID,count(*) from t_ItemSelect group by FSchemeID"), "1|2\n3|2");
 }
 
 TEST_F(FormScheme, WritesSelectionsByRunsOfOneKey) {
@@ -101,25 +112,32 @@ TEST_F(FormScheme, WritesSelectionsByRunsOfOneKey) {
 }
 
 TEST_F(FormScheme, StoresATotalTypeByItsOrganisations) {
-  Form form;
-  form.type = 2040;
-  form.mode = 6;
-  form.organisations = "not a list";
-  ASSERT_TRUE(form.Line("7", 1, "1").Line("7", 2, "2").Line("3", 1, "3").Save(account_));
-  EXPECT_EQ(account_.Rows("select FItemID,FOrgID from t_ItemSelect order by FOrgID"), "0|3\n0|7");
-  EXPECT_EQ(account_.Rows("select FItemID,FOrgID,FIndex,FCheckItemID from t_FL_RebateRule order by FID"),
-            "0|7|1|NULL\n0|7|2|NULL\n0|3|3|NULL");
-  const Seen seen = View(NewestScheme());
-  EXPECT_TRUE(seen.found);
-  const Text rows = Shown(seen.rows);  // a distinct query has no order of its own
-  EXPECT_EQ(seen.rows->Size(), 3);
-  for (const char* row : {"0|3|3|1|9||\n", "0|7|1|1|9||\n", "0|7|2|2|9||\n"}) EXPECT_NE(rows.find(row), Text::npos);
+  for (const Long type : {2040, 2046, 3020, 3026}) {
+    SCOPED_TRACE(type);
+    Form form;
+    form.name = std::to_string(type);
+    form.type = type;
+    form.mode = 6;
+    form.organisations = "nobody's list";
+    ASSERT_TRUE(form.Line("7", 1, "1").Line("7", 2, "2").Line("3", 1, "3").Save(account_));
+    const Text of_type = " where FClassTypeID=" + form.name;
+    EXPECT_EQ(account_.Rows("select FItemID,FOrgID from t_ItemSelect" + of_type + " order by FOrgID"), "0|3\n0|7");
+    EXPECT_EQ(
+        account_.Rows("select FItemID,FOrgID,FIndex,FCheckItemID from t_FL_RebateRule" + of_type + " order by FID"),
+        "0|7|1|NULL\n0|7|2|NULL\n0|3|3|NULL");
+    const Seen seen = View(NewestScheme());
+    ASSERT_TRUE(seen.found);
+    const Text rows = Shown(seen.rows);  // a distinct query has no order of its own
+    EXPECT_EQ(seen.rows->Size(), 3);
+    for (const char* row : {"0|3|3|1|9||\n", "0|7|1|1|9||\n", "0|7|2|2|9||\n"}) EXPECT_NE(rows.find(row), Text::npos);
+  }
 }
 
 TEST_F(FormScheme, ComesBackInTheShapeInWhichItIsSaved) {
   Form form;
   form.name = "it's";
   form.note = "a 'note'";
+  form.bands = List({form.bands->Item(3), form.bands->Item(1), form.bands->Item(2)});
   ASSERT_TRUE(form.Line("71", 1, "1", "c'1").Line("72,71", 3, "2").Save(account_));
   const Seen seen = View(NewestScheme());
   ASSERT_TRUE(seen.found);
@@ -128,7 +146,7 @@ TEST_F(FormScheme, ComesBackInTheShapeInWhichItIsSaved) {
   EXPECT_EQ(seen.mode, -6);
   EXPECT_EQ(seen.organisations, "");
   EXPECT_EQ(seen.note, "a 'note'");
-  EXPECT_EQ(Shown(seen.bands), "0|100|\n100|200|\n200|300|\n");
+  EXPECT_EQ(Shown(seen.bands), "200|300|\n0|100|\n100|200|\n");
   EXPECT_EQ(Shown(seen.rows), "71|0|1|1|9|c'1|\n72,71|0|2|3|9||\n");
   form.bands = seen.bands;
   form.rows = seen.rows;
@@ -199,7 +217,8 @@ TEST_F(FormScheme, KnowsWhichNamesAreTaken) {
 
 TEST_F(FormScheme, FindsRulesThatAlreadyCoverAnItemOrAnOrganisation) {
   account_.Execute(R"(insert into t_FL_RebateRule (FSchemeID,FClassTypeID,FItemID,FOrgID) values
-    (1,2041,'5,7',0), (1,2041,'15,25',3), (2,2040,'0',7), (2,3020,'0',17), (3,9999,'88',0), (4,null,'99',0))");
+    (1,2041,'5,7',0), (1,2041,'15,25',3), (2,2040,'0',7), (2,3020,'0',17), (3,9999,'88',0), (4,null,'99',0),
+    (5,3025,'66',0), (5,2046,'0',9), (5,3026,'0',19), (5,2040,'5',11))");
   struct {
     Long scheme, type, mode, organisation;
     const char* item;
@@ -210,7 +229,9 @@ TEST_F(FormScheme, FindsRulesThatAlreadyCoverAnItemOrAnOrganisation) {
       {0, 3021, 1, 1, "5", false},   {0, 2040, 6, 0, "7", true},    {0, 2040, 6, 0, "3", false},
       {0, 3020, 7, 0, "17", true},   {0, 3020, 7, 0, "7", false},   {0, 5000, 2, 0, "88", true},
       {0, 2041, 2, 0, "88", false},  {0, 5000, 2, 0, "99", true},   {0, 2041, 0, 0, "none", true},
-      {0, 2041, 8, 0, "none", true}, {0, 2041, 1, 0, "a'b", false},
+      {0, 2041, 8, 0, "none", true}, {0, 2041, 1, 0, "a'b", false}, {0, 2041, 5, 0, "none", false},
+      {0, 3021, 1, 0, "66", true},   {0, 2040, 6, 0, "9", true},    {0, 3020, 6, 0, "19", true},
+      {0, 2046, 6, 0, "17", false},  {0, 3026, 6, 0, "7", false},   {0, 2040, 6, 0, "11", false},
   };
   for (const auto& one : cases) {
     EXPECT_EQ(manager_.CheckSchemeData(account_.dsn(), one.scheme, one.type, one.mode, one.organisation, one.item),

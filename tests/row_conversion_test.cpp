@@ -62,7 +62,8 @@ TEST(ClientCursor, ShowsTheRowsThatItsFilterMatches) {
   };
   EXPECT_EQ(shown("FRowID=2"), "b d'e ");
   EXPECT_EQ(shown("FROWID = 9"), "");
-  EXPECT_EQ(shown("FName='d''e'"), "d'e ");
+  EXPECT_EQ(shown("FRowID='2'"), "b d'e ");
+  EXPECT_EQ(shown("FName='D''e'"), "d'e ");
   EXPECT_EQ(shown(""), "a b c d'e ");
   for (const char* wrong : {"FRowID", "FRowID=", "FNone=1", "FRowID>1"}) EXPECT_THROW(rows->SetFilter(wrong), Error);
 }

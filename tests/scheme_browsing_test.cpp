@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/automation/conversion.h"
+#include "platform/containers/null_to_default.h"
 #include "platform/database/recordset.h"
 #include "tests/scheme_kit.h"
 
@@ -31,27 +32,48 @@ class SchemeBrowsing : public testing::Test {
 };
 
 TEST_F(SchemeBrowsing, LoadsAllPartsOfAGoodsScheme) {
+  // All that is stored lies against its order; the goods have two units, and the user is gone by the second time.
   SchemeRequest request;
-  request.Organisation(0, 8, 7).Organisation(0, 8, 3).GridRow({71}).GridRow({72});
+  request.ranges->Add(Row({{"FLowerLimit", "100"}, {"FUpperLimit", "200"}}));
+  request.Organisation(0, 8, 7).Organisation(0, 8, 3).GridRow({72, 71}).GridRow({72});
   ASSERT_TRUE(request.Saves(account_));
+  account_.Execute(R"(
+    insert into t_ItemUnit (FSrcItemId,FItemID) values (71,1), (71,2)
+    insert into t_MeasureUnit (FItemID,FName) values (1,'piece'), (2,'box')
+    update t_FL_AllItems set FUnitID=2 where FItemID=71
+    update t_FL_SchemeMode set FIndex=10-FIndex
+    update t_FL_RebateRange set FIndex=3-FIndex
+    delete from t_FL_RebateRule
+    insert into t_FL_RebateRule (FSchemeID,FRowID,FIndex) select FSchemeID,2,1 from t_FL_SchemeList
+    insert into t_FL_RebateRule (FSchemeID,FRowID,FIndex) select FSchemeID,1,2 from t_FL_SchemeList
+    insert into t_FL_RebateRule (FSchemeID,FRowID,FIndex) select FSchemeID,1,1 from t_FL_SchemeList
+    insert into t_FL_CheckItems (FSchemeID,FRowID) select FSchemeID,2 from t_FL_SchemeList
+    insert into t_FL_CheckItems (FSchemeID,FRowID) select FSchemeID,1 from t_FL_SchemeList)");
   Ref<Dictionary> scheme = Row({{"left over", 1}});
   ASSERT_TRUE(manager_.LoadSchemeRowData(account_.dsn(), NewestScheme(), scheme));
   EXPECT_EQ(Keys(*scheme),
             "SchemeMain SchemeConst AllRanges AllOrgsRS AllOrgs AllRulesRS AllRowIDs AllItemsRS AllChecksRS ");
   EXPECT_EQ(ObjectAs<Dictionary>(scheme->Value("SchemeMain"))->Value("FCheckerName"), Variant("Wang"));
-  EXPECT_EQ(Column(scheme->Value("SchemeConst"), "FRebateType"), "2040 2041 2042 2043 2044 2045 2046 ");
-  EXPECT_EQ(Column(scheme->Value("AllRanges"), "FUpperLimit"), "100 ");
+  EXPECT_EQ(Column(scheme->Value("SchemeConst"), "FRebateType"), "2046 2045 2044 2043 2042 2041 2040 ");
+  EXPECT_EQ(Column(scheme->Value("AllRanges"), "FUpperLimit"), "200 100 ");
   EXPECT_EQ(Column(scheme->Value("AllRowIDs"), "FRowID"), "1 2 ");
   EXPECT_EQ(Column(scheme->Value("AllOrgs"), "FName"), "Third Seventh ");  // those of the first grid row, by number
-  const Ref<Recordset> organisations = ObjectAs<Recordset>(scheme->Value("AllOrgsRS"));
-  Text rows;
-  for (; !organisations->Eof(); organisations->MoveNext()) {
-    rows += ToText(organisations->FieldValue("FRowID")) + ToText(organisations->FieldValue("FNumber")) + " ";
-  }
-  EXPECT_EQ(rows, "1S03 1S07 2S03 2S07 ");  // the filter is gone, the cursor on the first row
-  const Ref<Recordset> items = ObjectAs<Recordset>(scheme->Value("AllItemsRS"));
-  EXPECT_EQ(items->FieldValue("FModel"), Variant("big"));
-  EXPECT_TRUE(items->FieldValue("FUnitName").IsNull());
+  const auto live = [&](const char* part, std::initializer_list<const char*> fields) {
+    const Ref<Recordset> rows = ObjectAs<Recordset>(scheme->Value(part));
+    Text text;
+    for (; !rows->Eof(); rows->MoveNext(), text += " ") {
+      for (const char* field : fields) text += ToText(NullToDefault(rows->FieldValue(field), "-"));
+    }
+    return text;
+  };
+  // The filter is gone, the cursor on the first row.
+  EXPECT_EQ(live("AllOrgsRS", {"FRowID", "FNumber"}), "1S03 1S07 2S03 2S07 ");
+  EXPECT_EQ(live("AllRulesRS", {"FRowID", "FIndex"}), "11 12 21 ");
+  EXPECT_EQ(live("AllItemsRS", {"FRowID", "FNumber", "FModel", "FUnitName"}), "1G71bigbox 1G72- 2G72- ");
+  EXPECT_EQ(live("AllChecksRS", {"FRowID"}), "1 2 ");
+  account_.Execute("delete from t_User");
+  ASSERT_TRUE(manager_.LoadSchemeRowData(account_.dsn(), NewestScheme(), scheme));
+  EXPECT_EQ(ObjectAs<Dictionary>(scheme->Value("SchemeMain"))->Value("FCheckerName"), Variant(""));
 }
 
 TEST_F(SchemeBrowsing, LeavesTheOrganisationsOfATotalSchemeToTheRecordset) {
@@ -84,6 +106,10 @@ TEST_F(SchemeBrowsing, AnswersWithWhatWasThereBeforeAFailure) {
   Ref<Dictionary> scheme;
   EXPECT_FALSE(manager_.LoadSchemeRowData(account_.dsn(), NewestScheme(), scheme));
   EXPECT_EQ(Keys(*scheme), "SchemeMain SchemeConst AllRanges AllOrgsRS ");
+  ASSERT_TRUE(SchemeRequest().Organisation(0, 8, 7).GridRow({71}).Saves(account_));
+  account_.Execute("update t_FL_SchemeMode set FRangeItemClass=null");
+  EXPECT_FALSE(manager_.LoadSchemeRowData(account_.dsn(), NewestScheme(), scheme));
+  EXPECT_EQ(Keys(*scheme), "SchemeMain SchemeConst AllRanges AllOrgsRS ");
   Trace trace;
   EXPECT_FALSE(manager_.LoadSchemeRowData(account_.dsn(), 999, scheme));
   EXPECT_EQ(scheme->Count(), 0);
@@ -114,10 +140,19 @@ class SchemeList : public SchemeBrowsing {
 
 TEST_F(SchemeList, FoldsTheOrganisationsOfAScheme) {
   Save(3020, "sales", {0, -1, 17});
-  Ref<Dictionary> filter = Row({{"RebateClassType", 32}});
+  Save(3026, "newer", {17});
+  Save(3026, "lost", {18});
+  Save(4020, "salesmen", {0});
+  account_.Execute(R"(update t_FL_SchemeList set FModifyDate='2026-02-02' where FSchemeName='newer'
+    update t_FL_SchemeList set FCheckerID=99 where FSchemeName='lost'
+    insert into t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID) select FSchemeID,2,FItemClassID,FItemID from t_FL_AllOrgs)");
+  Ref<Dictionary> filter = Row({{"RebateClassType", 40}});
+  EXPECT_EQ(Column(manager_.LoadSchemeListData(account_.dsn(), filter), "FOrg"), " ");
+  filter = Row({{"RebateClassType", 32}});
   const Ref<Vector> schemes = manager_.LoadSchemeListData(account_.dsn(), filter);
-  ASSERT_EQ(schemes->Size(), 1);
-  const Ref<Dictionary> scheme = ObjectAs<Dictionary>(schemes->Item(1));
+  ASSERT_EQ(schemes->Size(), 2);
+  EXPECT_EQ(ObjectAs<Dictionary>(schemes->Item(1))->Value("FOrg"), Variant("C17_Alpha"));
+  const Ref<Dictionary> scheme = ObjectAs<Dictionary>(schemes->Item(2));
   EXPECT_EQ(Keys(*scheme),
             "FSchemeID FSchemeName FModifyDate FNote FRebateType FEnable FRebateMode FCheckerID FOrg FOrgDetail ");
   const Text organisations = ToText(scheme->Value("FOrg"));
@@ -151,6 +186,16 @@ TEST_F(SchemeList, FiltersByEveryKey) {
   EXPECT_EQ(Names({{"RebateClassType", 24}, {"RebateType", 2046}}), "O'Neil ");
   EXPECT_EQ(Names({{"RebateClassType", 24}, {"BegTxt", "S04"}}), "first ");
   EXPECT_EQ(Names({{"RebateClassType", 24}, {"BegTxt", "S01"}, {"EndTxt", "S03"}}), "O'Neil ");
+  EXPECT_EQ(Names({{"RebateClassType", 24}, {"BegTxt", "S07"}}), "first ");
+  EXPECT_EQ(Names({{"RebateClassType", 24}, {"EndTxt", "S06"}}), "O'Neil ");
+  for (const char* none : {"", "abc"}) {
+    EXPECT_EQ(Names({{"RebateClassType", 24}, {"Status", none}}), "first O'Neil off ") << none;
+  }
+  for (const char* key : {"SchemeID", "RebateType"}) {
+    EXPECT_EQ(Names({{"RebateClassType", 24}, {key, ""}}), "first O'Neil ") << key;
+    EXPECT_EQ(Names({{"RebateClassType", 24}, {key, 0}}), "first O'Neil ") << key;
+    EXPECT_EQ(Names({{"RebateClassType", 24}, {key, "abc"}}), "null") << key;
+  }
   EXPECT_EQ(Names({{"RebateClassType", 24}, {"SchemeName", "1=1"}}), "");
   EXPECT_EQ(Names({}), "null");
 }

@@ -86,24 +86,31 @@ TEST(SchemeConflict, FindsWhatCoversTheSameGround) {
 }
 
 TEST(SchemeConflict, LooksAtEnabledSchemesOfTheTypeOtherThanTheReplacedOne) {
-  const TestAccount account;
-  AddMasterData(account);
-  ASSERT_TRUE(ByOrganisation().Organisation(1, 8, 7).Saves(account));
-  const Long stored = std::stoi(account.Rows("select FSchemeID from t_FL_SchemeList"));
-  const auto refused_as_overlap = [&](Long replaces, Long type) {
-    SchemeRequest request = ByOrganisation().Organisation(1, 8, 7);
-    request.replaces = replaces;
-    request.type = type;
-    Trace trace;
-    trace.RefuseStatement(11);  // the one behind the check, so that nothing is stored
-    return request.Save(account)->Has("Repeat");
-  };
-  EXPECT_TRUE(refused_as_overlap(kNoScheme, 2040));
-  EXPECT_FALSE(refused_as_overlap(stored, 2040));
-  EXPECT_FALSE(refused_as_overlap(kNoScheme, 2046));
-  for (const char* state : {"0", "null"}) {
-    account.Execute("update t_FL_SchemeList set FEnable=" + Text(state));
-    EXPECT_FALSE(refused_as_overlap(kNoScheme, 2040)) << state;
+  for (const bool by_goods : {false, true}) {
+    const auto make = [&] {
+      SchemeRequest request = by_goods ? SchemeRequest() : ByOrganisation();
+      return request.Organisation(1, 8, 7).GridRow({71});
+    };
+    const TestAccount account;
+    AddMasterData(account);
+    SchemeRequest first = make();
+    ASSERT_TRUE(first.Saves(account));
+    const Long stored = std::stoi(account.Rows("select FSchemeID from t_FL_SchemeList"));
+    const auto refused_as_overlap = [&](Long replaces, Long type) {
+      SchemeRequest request = make();
+      request.replaces = replaces;
+      request.type = type;
+      Trace trace;
+      trace.RefuseStatement(12);  // the one behind the check, so that nothing is stored
+      return request.Save(account)->Has("Repeat");
+    };
+    EXPECT_TRUE(refused_as_overlap(kNoScheme, first.type));
+    EXPECT_FALSE(refused_as_overlap(stored, first.type));
+    EXPECT_FALSE(refused_as_overlap(kNoScheme, 2039));
+    for (const char* state : {"0", "null"}) {
+      account.Execute("update t_FL_SchemeList set FEnable=" + Text(state));
+      EXPECT_FALSE(refused_as_overlap(kNoScheme, first.type)) << state;
+    }
   }
 }
 

@@ -43,12 +43,13 @@ struct SchemeRequest {
 };
 
 // Item classes, suppliers 3 and 7 (class 8), customers 17 and 18 (class 1), goods 71 and 72 (class 4) and user 1001.
+// Employees (class 3) have ids of theirs.
 inline void AddMasterData(const TestAccount& account) {
   account.Execute(R"(
     insert into t_ItemClass (FItemClassID,FName) values (1,'客户'), (4,'商品'), (8,'供应商')
     insert into t_Item (FItemClassID,FItemID,FNumber,FName) values
       (8,3,'S03','Third'), (8,7,'S07','Seventh'), (1,17,'C17','Alpha'), (1,18,'C18','Beta'), (4,71,'G71','Soap'),
-      (4,72,'G72','Tea')
+      (4,72,'G72','Tea'), (3,3,'E03','Li'), (3,7,'E07','Wu'), (3,17,'E17','Xu'), (3,71,'E71','Yu')
     insert into t_ICItem (FItemID,FNumber,FName,FModel,FDeleted) values (71,'G71','Soap','big',0), (72,'G72','Tea','',0)
     insert into t_Supplier (FItemID,FNumber,FName,FDeleted,FRightUserID) values
       (3,'S03','Third',0,'12,'), (7,'S07','Seventh',0,'123,')

@@ -59,10 +59,26 @@ TEST_F(SchemeLife, WordsTheQuestionBeforeAFlip) {
     EXPECT_EQ(message, one.message);
     EXPECT_EQ(trace.Take().back() == "complete", one.completes) << one.scheme;
   }
-  account_.Execute("update t_FL_SchemeList set FEnable=0 where FSchemeID=4");
-  Text message = "as passed";
-  EXPECT_TRUE(manager_.CheckEnableScheme(account_.dsn(), 4, true, message));
-  EXPECT_EQ(message, "as passed");
+  // Nobody is asked about: siblings without a type row, siblings when a scheme is disabled, disabled siblings.
+  const std::pair<const char*, bool> quiet[] = {
+      {"FRebateType=77", true}, {"FRebateType=2040, FEnable=1", false}, {"FEnable=0", true}};
+  for (const auto& [state, enabled] : quiet) {
+    account_.Execute(Text("update t_FL_SchemeList set ") + state);
+    Text message = "as passed";
+    EXPECT_TRUE(manager_.CheckEnableScheme(account_.dsn(), 3, enabled, message)) << state;
+    EXPECT_EQ(message, "as passed") << state;
+  }
+}
+
+TEST_F(SchemeLife, TakesAnyStateButZeroForEnabled) {
+  account_.Execute("update t_FL_SchemeList set FEnable=2");
+  Text message;
+  EXPECT_FALSE(manager_.CheckEnableScheme(account_.dsn(), 1, true, message));
+  EXPECT_TRUE(manager_.EnableScheme(account_.dsn(), 1, true));
+  EXPECT_EQ(States(), "1 2 2 2");
+  EXPECT_TRUE(manager_.EnableScheme(account_.dsn(), 2, false));
+  EXPECT_TRUE(rules_.UnForbidSchemeList(account_.dsn(), "3"));
+  EXPECT_EQ(States(), "1 0 1 2");
 }
 
 TEST_F(SchemeLife, AnswersTrueWhereTheSiblingsCannotBeAsked) {
@@ -106,6 +122,7 @@ TEST_F(SchemeLife, ListsForbiddenSchemesLive) {
       "insert into t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID) values (1,1,8,0), (1,2,8,0), (1,1,1,0)");
   account_.Execute("delete from t_FL_AllOrgs where FSchemeID=3");
   account_.Execute("update t_FL_SchemeList set FEnable=null where FSchemeID=2");
+  account_.Execute("update t_FL_SchemeList set FEnable=0, FCheckerID=99 where FSchemeID=4");
   const Ref<Recordset> rows = ObjectAs<Recordset>(rules_.GetForbidSchemeList(account_.dsn(), 24));
   ASSERT_TRUE(rows);
   account_.Execute("delete from t_FL_SchemeList");  // the rows outlive the call
@@ -131,12 +148,17 @@ TEST_F(SchemeLife, RestoresForbiddenSchemesBesideTheirSiblings) {
 }
 
 TEST_F(SchemeLife, DeletesSchemesWithTheirRowsAndKeepsLinks) {
-  account_.Execute("insert into t_FL_SchemeLink (FSchemeID) values (2)");
+  account_.Execute(R"(insert into t_FL_SchemeLink (FSchemeID) values (2)
+    insert into t_FL_AllItems (FSchemeID) select FSchemeID from t_FL_SchemeList
+    insert into t_FL_CheckItems (FSchemeID) select FSchemeID from t_FL_SchemeList
+    insert into t_FL_RebateRule (FSchemeID) select FSchemeID from t_FL_SchemeList)");
   EXPECT_TRUE(manager_.CheckSchemeAllowDel(account_.dsn(), "1,3"));
   EXPECT_FALSE(manager_.CheckSchemeAllowDel(account_.dsn(), "1,2"));
   ASSERT_TRUE(manager_.DelSchemeData(account_.dsn(), "1, 2,1.5,99"));
-  EXPECT_EQ(account_.Rows("select FSchemeID from t_FL_SchemeList order by FSchemeID"), "3\n4");
-  EXPECT_EQ(account_.Rows("select distinct FSchemeID from t_FL_AllOrgs order by FSchemeID"), "3\n4");
+  for (const char* table :
+       {"t_FL_SchemeList", "t_FL_RebateRange", "t_FL_RebateRule", "t_FL_AllOrgs", "t_FL_AllItems", "t_FL_CheckItems"}) {
+    EXPECT_EQ(account_.Rows("select distinct FSchemeID from " + Text(table) + " order by FSchemeID"), "3\n4") << table;
+  }
   EXPECT_EQ(account_.Rows("select FSchemeID from t_FL_SchemeLink"), "2");
 }
 

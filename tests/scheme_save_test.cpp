@@ -74,9 +74,11 @@ TEST_F(SchemeSave, SendsItsStatementsInOrder) {
 }
 
 TEST_F(SchemeSave, StoresAHeadAloneFromEmptyLists) {
+  account_.Execute("insert into t_FL_RebateRange (FSchemeID) values (0)");  // of a rate grid
   SchemeRequest request;
   request.ranges = List({});
   ASSERT_TRUE(request.Saves(account_));
+  EXPECT_EQ(account_.Rows("select FSchemeID from t_FL_RebateRange"), "0");
   EXPECT_EQ(account_.Rows("select FSchemeNo,FSchemeName,FRebateType,FCheckerID,FNote,FEnable from t_FL_SchemeList"),
             "0|scheme|2041|1001|note|1");
   EXPECT_EQ(account_.Rows("select count(*) from t_FL_AllOrgs"), "0");
@@ -87,13 +89,39 @@ TEST_F(SchemeSave, PutsAnOrganisationIntoEveryGridRowAndMarksRates) {
   request.Organisation(0, 8, 0).Organisation(2, 8, 7).GridRow({71}, "abc").GridRow({72, 71}, 7.25);
   request.grid_rows->Add(ObjectRef());  // a null row counts for the organisation and holds nothing
   ObjectAs<Dictionary>(request.grid_rows->Item(2))->SetValue("FZH", "1");
+  ObjectAs<Dictionary>(request.grid_rows->Item(1))->SetValue("FZH", "no number");
+  const Variant checks = List({Row({{"FRowID", 2}, {"FItemClassID", 4}, {"FItemID", 72}}),
+                               Row({{"FRowID", 2}, {"FItemClassID", 4}, {"FItemID", 71}})});
+  ObjectAs<Dictionary>(request.grid_rows->Item(2))->SetValue("FCheckItems", checks);
   ASSERT_TRUE(request.Saves(account_));
+  EXPECT_EQ(account_.Rows("select FRowID,FItemClassID,FItemID from t_FL_CheckItems"), "2|4|72\n2|4|71");
   EXPECT_EQ(account_.Rows("select FRowID,FItemClassID,FItemID from t_FL_AllOrgs order by FID"),
             "1|8|0\n2|8|0\n3|8|0\n2|8|7");
   EXPECT_EQ(account_.Rows("select FRowID,FItemID from t_FL_AllItems order by FID"), "1|71\n2|72\n2|71");
   EXPECT_EQ(
       account_.Rows("select FRowID,FItemID,FOrgID,FRebateRate,FIndex,FClassTypeID from t_FL_RebateRule order by FID"),
       "1|1|0|0|1|NULL\n2|2|0|7.25|1|NULL");
+}
+
+TEST_F(SchemeSave, TakesCheckPointsFromTheFirstOrganisationOfEveryRow) {
+  const struct {
+    Long first, second;  // the rows of the organisations, 0 all
+    const char* stored;
+  } cases[] = {{0, 0, "0|8|71"}, {1, 0, ""}, {0, 1, "0|8|71"}};
+  for (const bool with_grid : {true, false}) {
+    for (const auto& one : cases) {
+      SchemeRequest request;
+      request.type = 2042;
+      request.Organisation(one.first, 8, 3).Organisation(one.second, 8, 7);
+      if (with_grid) request.GridRow({71});
+      for (const Long i : {1, 2}) {
+        ObjectAs<Dictionary>(request.organisations->Item(i))->SetValue("CheckPoints", Row({{i == 1 ? "71" : "72", 1}}));
+      }
+      ASSERT_TRUE(request.Saves(account_));
+      EXPECT_EQ(account_.Rows("select FRowID,FItemClassID,FItemID from t_FL_CheckItems"), one.stored) << one.first;
+      ASSERT_TRUE(BaseInfoMgr().DelSchemeData(account_.dsn(), SchemeIds()));
+    }
+  }
 }
 
 TEST_F(SchemeSave, ReplacesTheStoredSchemeAndEnablesIt) {
@@ -159,9 +187,11 @@ TEST_F(SchemeSave, KeepsTextsAsTheyCome) {
     request.note = text;
     request.Organisation(0, 8, 7).GridRow({71});
     ObjectAs<Dictionary>(request.organisations->Item(1))->SetValue("FShowName", text);
+    const Ref<Vector> goods = ObjectAs<Vector>(ObjectAs<Dictionary>(request.grid_rows->Item(1))->Value("FItemIDs"));
+    ObjectAs<Dictionary>(goods->Item(1))->SetValue("FShowName", text);
     ASSERT_TRUE(request.Saves(account_));
     for (const char* query : {"select FSchemeName from t_FL_SchemeList", "select FNote from t_FL_SchemeList",
-                              "select FShowName from t_FL_AllOrgs"}) {
+                              "select FShowName from t_FL_AllOrgs", "select FShowName from t_FL_AllItems"}) {
       EXPECT_EQ(account_.Rows(query), text) << query;
     }
     EXPECT_TRUE(BaseInfoMgr().DelSchemeData(account_.dsn(), SchemeIds()));

@@ -71,9 +71,18 @@ std::vector<Text> Trace::TakeStatements() {
   return statements;
 }
 
+void Trace::VotingComplete() {
+  events_.push_back("complete");
+  if (std::exchange(refuses_commit_, false)) Refuse();
+}
+
 void Trace::Executing(std::string_view text) {
   events_.emplace_back(text);
-  if (++statements_ == refused_) throw Error(database_error::kStatement, "Test", "Refused by the test.");
+  if (++statements_ == refused_) Refuse();
+}
+
+void Trace::Refuse() {
+  throw Error(database_error::kStatement, "Test", "Refused by the test.");
 }
 
 void ExpectAllOrNothing(const TestAccount& account, const std::function<bool()>& operation) {

@@ -34,7 +34,7 @@ class TestAccount {
   Text path_;
 };
 
-// Records what the calls of this thread do to the world, and can refuse a statement.
+// Records what the calls of this thread do to the world, and can refuse a statement or a complete vote.
 class Trace : public CallObserver {
  public:
   Trace() { SetCallObserver(this); }
@@ -46,6 +46,8 @@ class Trace : public CallObserver {
     refused_ = number;
   }
   int statements() const { return statements_; }
+  // The next complete vote is refused, as where a commit fails.
+  void RefuseCommit(bool refuse) { refuses_commit_ = refuse; }
 
   // What was recorded since the last time: "open", "abort", "connection", "complete", a statement's text, or
   // "PROGID.Member".
@@ -55,7 +57,7 @@ class Trace : public CallObserver {
 
   void Opening(std::string_view) override { events_.push_back("open"); }
   void VotingAbort() override { events_.push_back("abort"); }
-  void VotingComplete() override { events_.push_back("complete"); }
+  void VotingComplete() override;
   void Connecting() override { events_.push_back("connection"); }
   void Executing(std::string_view text) override;
   void Refused(const Error&) override {}
@@ -64,9 +66,12 @@ class Trace : public CallObserver {
   }
 
  private:
+  [[noreturn]] static void Refuse();
+
   std::vector<Text> events_;
   int statements_ = 0;
   int refused_ = 0;
+  bool refuses_commit_ = false;
 };
 
 // Calls `operation` with its first statement refused, then its second, until it runs through. Each refused call must

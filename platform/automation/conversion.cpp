@@ -162,6 +162,10 @@ bool EqualsNumber(const Variant& value, double number) {
   return !value.IsNull() && ToDouble(value) == number;
 }
 
+bool IsTheNumber(const Variant& value, double number) {
+  return IsNumeric(value) && ToDouble(value) == number;
+}
+
 std::optional<double> ParseNumber(std::string_view text) {
   text = TrimWhite(text);
   if (text.starts_with('&')) return ParsePrefixed(text);

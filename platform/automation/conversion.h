@@ -28,6 +28,9 @@ bool ToBoolean(const Variant& value);
 // Whether `value` compares equal to the number, its text read as one; Null equals nothing.
 bool EqualsNumber(const Variant& value, double number);
 
+// The same where a value that is no number equals none. Never raises.
+bool IsTheNumber(const Variant& value, double number);
+
 // The number that a text is, where it is one: blanks around it, a sign before or behind, a fraction, an exponent,
 // thousands separators between the integer digits, &H and &O numbers.
 std::optional<double> ParseNumber(std::string_view text);

@@ -18,7 +18,7 @@ struct Condition {
   bool Shows(const Variant& cell) const {
     if (cell.IsNull()) return false;
     if (value.IsText()) return EqualsIgnoreCase(ToText(cell), value.text());
-    return IsNumeric(cell) && ToDouble(cell) == value.real();
+    return IsTheNumber(cell, value.real());
   }
 };
 
