@@ -125,6 +125,7 @@ create table t_Item (
   constraint PK_Item primary key (FItemClassID, FItemID)
 )
 create index IX_Item_Item on t_Item (FItemID)
+create index IX_Item_Number on t_Item (FItemClassID, FNumber)
 
 create table t_Supplier (
   FItemID int not null primary key,
@@ -133,6 +134,7 @@ create table t_Supplier (
   FDeleted int default 0,
   FRightUserID nvarchar(255)
 )
+create index IX_Supplier_Number on t_Supplier (FNumber)
 
 create table t_Organization (
   FItemID int not null primary key,
@@ -141,6 +143,7 @@ create table t_Organization (
   FDeleted int default 0,
   FRightUserID nvarchar(255)
 )
+create index IX_Organization_Number on t_Organization (FNumber)
 
 create table t_Emp (
   FItemID int not null primary key,
@@ -149,6 +152,7 @@ create table t_Emp (
   FDeleted int default 0,
   FRightUserID nvarchar(255)
 )
+create index IX_Emp_Number on t_Emp (FNumber)
 
 create table t_ICItem (
   FItemID int not null primary key,
@@ -157,6 +161,7 @@ create table t_ICItem (
   FModel nvarchar(255),
   FDeleted int default 0
 )
+create index IX_ICItem_Number on t_ICItem (FNumber)
 
 create table t_MeasureUnit (
   FItemID int not null primary key,
