@@ -7,6 +7,25 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 install(TARGETS rebate RUNTIME COMPONENT tool)
+install(FILES client/completions/rebate.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        RENAME rebate COMPONENT tool)
+install(FILES client/completions/_rebate DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tool)
+install(FILES client/completions/rebate.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+        COMPONENT tool)
+
+# The manual is what `--help` prints.
+add_executable(rebate_manual client/manual/main.cpp client/manual/help_text.cpp client/manual/manual_page.cpp)
+target_link_libraries(rebate_manual PRIVATE rebate_client)
+set(manual_folder ${CMAKE_BINARY_DIR}/manual)
+add_custom_command(
+  OUTPUT ${manual_folder}/rebate.1
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${manual_folder}
+  COMMAND rebate_manual ${manual_folder}
+  DEPENDS rebate_manual
+  VERBATIM)
+add_custom_target(rebate_manual_pages ALL DEPENDS ${manual_folder}/rebate.1)
+install(DIRECTORY ${manual_folder}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+
 # In these folders the links of the guides to each other and to the examples hold.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool PATTERN __pycache__ EXCLUDE)
