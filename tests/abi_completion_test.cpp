@@ -52,6 +52,7 @@ TEST_F(Completion, InBash) {
       {{"show", "--dsn", "=", "nowhere.db", ""}, ""},
       {{"show", "--dsn", "'Data Source=sample.db;AppUser=1'", ""}, "2 1"},
       {{"--dsn", "Driver=none;Server=none", "show", ""}, ""},
+      {{"show", "--dsn", "Data\\\\ Source", "=", "sample.db", ""}, "2 1"},
       {{"select", "2040", ""}, ""},
       {{"save", "a "}, "a file.json"},
       {{"ranges", "2040", "--set", "=", "a f"}, "a file.json"},

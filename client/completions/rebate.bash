@@ -3,10 +3,10 @@
 _rebate() {
   local -a words=()
   local at word current reply
-  # Bash takes `=` for a word of its own; the tool knows `--option=value` as one.
+  # Bash takes `=` for a word of its own.
   for ((at = 1; at <= COMP_CWORD; ++at)); do
     word=${COMP_WORDS[at]}
-    if ((${#words[@]})) && [[ $word == =* || ${words[-1]} == -*= ]] && [[ ${words[-1]} == --* ]]; then
+    if ((${#words[@]})) && [[ $word == =* || ${words[-1]} == *= ]]; then
       words[-1]+=$word
     else
       words+=("$word")
