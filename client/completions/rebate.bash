@@ -31,13 +31,15 @@ _rebate() {
       compopt -o filenames 2>/dev/null
       word=${COMP_WORDS[COMP_CWORD]}
       [[ $word != = ]] || word=
-      while IFS= read -r reply; do COMPREPLY+=("$reply"); done < <(compgen -f -- "$word")
-    else
+      while IFS= read -r reply; do
+        [[ -z $reply ]] || COMPREPLY+=("$reply")
+      done <<<"$(compgen -f -- "$word")"
+    elif [[ -n $reply ]]; then
       # Only what stands behind the `=` is replaced.
       [[ $current != --*=* || $COMP_WORDBREAKS != *=* ]] || reply=${reply#*=}
       COMPREPLY+=("$reply")
     fi
-  done < <("${COMP_WORDS[0]}" complete -- "${words[@]}" 2>/dev/null)
+  done <<<"$("${COMP_WORDS[0]}" complete -- "${words[@]}" 2>/dev/null)"
 }
 
 complete -o nosort -F _rebate rebate
