@@ -1,6 +1,11 @@
 #include "client/account_candidates.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <thread>
 
 #include "client/account.h"
 #include "client/rebate_classes.h"
@@ -16,6 +21,21 @@ namespace {
 
 constexpr Long kAllStates = 2;
 
+constexpr std::chrono::seconds kPatience{2};
+
+using Candidates = std::vector<Candidate>;
+
+// What `look` gives, unless it takes longer than one waits for a shell: drivers don't always keep to a timeout.
+Candidates InTime(std::function<Candidates()> look) {
+  std::packaged_task<Candidates()> task(std::move(look));
+  std::future<Candidates> found = task.get_future();
+  std::thread looking(std::move(task));
+  // A driver that waits for its server may hold what an ordinary end would wait for in turn.
+  if (found.wait_for(kPatience) != std::future_status::ready) std::_Exit(0);
+  looking.join();
+  return found.get();
+}
+
 // Nobody waits for a shell's answer as for that of a verb.
 Text Hasty(const Text& dsn) {
   const DataSource source = DataSource::Parse(dsn);
@@ -24,8 +44,8 @@ Text Hasty(const Text& dsn) {
   return dsn;
 }
 
-std::vector<Candidate> CandidatesOf(const Vector& rows, const char* word, const char* meaning) {
-  std::vector<Candidate> candidates;
+Candidates CandidatesOf(const Vector& rows, const char* word, const char* meaning) {
+  Candidates candidates;
   for (Long i = 1; i <= rows.Size(); ++i) {
     const auto row = ObjectAs<Dictionary>(rows.Item(i));
     candidates.push_back({CellText(*row, word), CellText(*row, meaning)});
@@ -33,16 +53,14 @@ std::vector<Candidate> CandidatesOf(const Vector& rows, const char* word, const 
   return candidates;
 }
 
-}  // namespace
-
-std::vector<Candidate> TypeCandidates(const Text& dsn) {
+Candidates TypesOf(const Text& dsn) {
   Account account(Hasty(dsn));
   const auto types = New<Vector>();
   for (const Long rebate_class : ClassesToShow({})) AddAll(TypesOfClass(account, rebate_class), *types);
   return CandidatesOf(*types, "FRebateType", "FTypeName");
 }
 
-std::vector<Candidate> SchemeCandidates(const Text& dsn) {
+Candidates SchemesOf(const Text& dsn) {
   Account account(Hasty(dsn));
   const auto schemes = New<Vector>();
   for (const Long rebate_class : ClassesToShow({})) {
@@ -51,12 +69,22 @@ std::vector<Candidate> SchemeCandidates(const Text& dsn) {
     request->SetValue("RebateClassType", rebate_class);
     AddAll(ObjectAs<Vector>(account.Call("LoadSchemeListData", {request})), *schemes);
   }
-  std::vector<Candidate> candidates = CandidatesOf(*schemes, "FSchemeID", "FSchemeName");
+  Candidates candidates = CandidatesOf(*schemes, "FSchemeID", "FSchemeName");
   const auto newer = [](const Candidate& left, const Candidate& right) {
     return std::pair(left.word.size(), left.word) > std::pair(right.word.size(), right.word);
   };
   std::sort(candidates.begin(), candidates.end(), newer);
   return candidates;
+}
+
+}  // namespace
+
+std::vector<Candidate> TypeCandidates(const Text& dsn) {
+  return InTime([dsn] { return TypesOf(dsn); });
+}
+
+std::vector<Candidate> SchemeCandidates(const Text& dsn) {
+  return InTime([dsn] { return SchemesOf(dsn); });
 }
 
 }  // namespace rebate
