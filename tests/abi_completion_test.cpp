@@ -1,5 +1,6 @@
 // What shells offer, by the scripts that are installed, and the pages of the manual.
 
+#include "tests/loopback.h"
 #include "tests/shell.h"
 #include "tests/tool_kit.h"
 
@@ -86,6 +87,13 @@ TEST_F(Completion, LeavesTheAccountAsItIs) {
   const Outcome asked = RunRebate({"complete", "--", "show", "--dsn", dsn_, ""});
   EXPECT_EQ(asked.out + asked.err, "");
   EXPECT_EQ(Shell("cksum < '" + dsn_ + "'"), former);
+}
+
+TEST(CompletionOfServers, IsGivenUpWhereNobodyAnswers) {
+  if (!Runs("odbcinst -q -d -n FreeTDS")) GTEST_SKIP() << "no driver FreeTDS";
+  const Listener mute;
+  const Text dsn = "Driver=FreeTDS;Server=127.0.0.1;Port=" + std::to_string(mute.port()) + ";Database=a;UID=a;PWD=a";
+  EXPECT_EQ(Shell("timeout 20 " REBATE_TOOL " complete -- show --dsn '" + dsn + "' ''"), "");
 }
 
 TEST(Manual, PagesOfAllVerbsRender) {
