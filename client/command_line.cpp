@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "client/id_lists.h"
 #include "client/suggestion.h"
 
 namespace rebate {
@@ -12,13 +13,9 @@ bool IsOption(const Text& argument) {
   return argument.size() > 1 && argument[0] == '-';
 }
 
-Text NameOf(const Text& option) {
-  return option.substr(0, option.find('='));
-}
-
 // Whether it is an option that verbs have and that may stand in front of them.
 bool IsForVerb(const Text& argument) {
-  return NameOf(argument) == "--dsn" || NameOf(argument) == "--json";
+  return OptionName(argument) == "--dsn" || OptionName(argument) == "--json";
 }
 
 std::vector<Text> VerbNames(const CLI::App& app) {
@@ -42,6 +39,10 @@ std::pair<const CLI::App*, std::size_t> PickedVerb(const CLI::App& app, const st
 }
 
 }  // namespace
+
+Text OptionName(const Text& argument) {
+  return argument.substr(0, argument.find('='));
+}
 
 std::vector<Text> VerbFirst(const std::vector<Text>& arguments) {
   std::vector<Text> moved;
@@ -81,7 +82,7 @@ std::optional<Text> OptionProblem(const CLI::App& app, const std::vector<Text>& 
   for (const Text& argument : arguments) {
     if (argument == "--") break;
     if (!argument.starts_with("--")) continue;
-    const Text name = NameOf(argument);
+    const Text name = OptionName(argument);
     if (std::find(names.begin(), names.end(), name) != names.end()) continue;
     const Text near = DidYouMean(name, names);
     const Text verb_text = verb == &app ? "rebate" : "rebate " + verb->get_name();
@@ -90,7 +91,24 @@ std::optional<Text> OptionProblem(const CLI::App& app, const std::vector<Text>& 
   return std::nullopt;
 }
 
+std::vector<Text> WordsOf(CLI::Option& option) {
+  try {
+    return ListParts(option.get_validator(0)->get_name());
+  } catch (const CLI::OptionNotFound&) {
+    return {};
+  }
+}
+
+CLI::Validator WithWords(CLI::Validator validator, const std::vector<Text>& words) {
+  // Its name is all that a validator carries beside its function.
+  Text name;
+  for (const Text& word : words) name += (name.empty() ? "" : " ") + word;
+  return validator.name(name);
+}
+
 CLI::Validator OneOf(std::vector<ChoiceWord> words) {
+  std::vector<Text> offered;
+  for (const ChoiceWord& choice : words) offered.emplace_back(choice.word);
   const auto choose = [words = std::move(words)](Text& typed) -> Text {
     std::vector<Text> names;
     Text list;
@@ -106,7 +124,7 @@ CLI::Validator OneOf(std::vector<ChoiceWord> words) {
     const Text near = DidYouMean(typed, names);
     return typed + " is none of " + list + near;
   };
-  return CLI::Validator(choose, "");
+  return WithWords(CLI::Validator(choose, ""), offered);
 }
 
 CLI::Validator RebateClassWord() {

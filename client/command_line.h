@@ -17,6 +17,9 @@ namespace rebate {
 // (`--dsn DSN`, `--json`) moved behind it.
 std::vector<Text> VerbFirst(const std::vector<Text>& arguments);
 
+// The name of an option as it is typed, which may hold its value: `--dsn` of `--dsn=shop.db`.
+Text OptionName(const Text& argument);
+
 // What is wrong with the words that pick the verb, with a suggestion; nothing where they name one.
 std::optional<Text> VerbProblem(const CLI::App& app, const std::vector<Text>& arguments);
 
@@ -33,6 +36,11 @@ struct ChoiceWord {
 // Lets an option's value be one of the words, which its value then takes the place of, or one of the values; any other
 // is wrong usage, with a suggestion.
 CLI::Validator OneOf(std::vector<ChoiceWord> words);
+
+// The words that an option's value may be, none where it isn't one of a few.
+std::vector<Text> WordsOf(CLI::Option& option);
+// Has WordsOf give them for the options that the validator checks.
+CLI::Validator WithWords(CLI::Validator validator, const std::vector<Text>& words);
 
 // The same for a rebate class: 24 suppliers, 32 customers, 40 salesmen.
 CLI::Validator RebateClassWord();

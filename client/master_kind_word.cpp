@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "client/command_line.h"
 #include "client/suggestion.h"
 #include "platform/automation/error.h"
 #include "platform/database/connect.h"
@@ -24,7 +25,10 @@ void AddMasterKind(CLI::App& verb, Text& word, std::vector<std::pair<Text, Text>
     if (std::find(words.begin(), words.end(), typed) != words.end()) return {};
     return typed + " is none of " + list + DidYouMean(typed, words);
   };
-  verb.add_option("KIND", word, "What: " + list)->required()->type_name("")->check(problem);
+  verb.add_option("KIND", word, "What: " + list)
+      ->required()
+      ->type_name("")
+      ->check(WithWords(CLI::Validator(problem, ""), words));
 }
 
 Text TitlesText(const MasterKind& kind) {

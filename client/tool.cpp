@@ -2,12 +2,16 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <functional>
 #include <ostream>
 
 #include "client/command_line.h"
+#include "client/completion.h"
 #include "client/keeping_verbs.h"
 #include "platform/automation/error.h"
+#include "platform/database/connect.h"
 #include "platform/login_standins/login_standins.h"
+#include "platform/values/text_order.h"
 #include "service/component_classes.h"
 
 namespace rebate {
@@ -18,7 +22,10 @@ constexpr int kWrongUsage = 2;
 
 Text Version() {
   const ComponentLibrary& component = TheComponent();
-  return "rebate " + std::to_string(component.major_version) + "." + std::to_string(component.minor_version);
+  Text text = "rebate " + std::to_string(component.major_version) + "." + std::to_string(component.minor_version);
+  for (const Text& store : StoreVersions()) text += "\n" + store;
+  if (const Text order = OrderVersion(); !order.empty()) text += "\n" + order;
+  return text;
 }
 
 void AddVerbs(CLI::App& app, Tool& tool) {
@@ -64,7 +71,7 @@ int TellParseError(const CLI::App& app, const CLI::ParseError& error, const std:
 
 int RunVerb(const std::vector<Text>& arguments, Tool& tool) {
   CLI::App app("Rebate schemes of an account: make an account, query it, keep its schemes and rate grids", "rebate");
-  app.set_version_flag("--version", Version());
+  app.set_version_flag("--version", std::function<std::string()>(Version));
   app.require_subcommand(1);
   // A path may begin with a slash on every system.
   app.allow_windows_style_options(false);
@@ -75,6 +82,10 @@ int RunVerb(const std::vector<Text>& arguments, Tool& tool) {
   try {
     RegisterLoginStandIns();
     RegisterComponent();
+    if (!arguments.empty() && arguments[0] == kCompletionVerb) {
+      PrintCompletions(app, {arguments.begin() + 1, arguments.end()}, tool);
+      return 0;
+    }
     if (const auto problem = VerbProblem(app, arguments)) return TellWrongUsage(*problem, tool);
     std::vector<Text> reversed(arguments.rbegin(), arguments.rend());
     app.parse(std::move(reversed));

@@ -26,6 +26,18 @@ ConnectionRef Connect(const DataSource& source) {
   return source.embedded ? OpenEmbedded(source.path) : ConnectOdbc(source);
 }
 
+bool NeedsUpgrade(const DataSource& source) {
+  return source.embedded && IsOfFormerVersion(source.path);
+}
+
+std::vector<Text> StoreVersions() {
+  std::vector<Text> versions = {EngineVersion()};
+#ifdef REBATE_HAS_ODBC
+  versions.push_back(ManagerVersion());
+#endif
+  return versions;
+}
+
 ConnectionRef ConnectForSetup(const DataSource& source) {
   if (source.embedded) return CreateEmbedded(source.path);
   ConnectionRef connection = ConnectOdbc(source);

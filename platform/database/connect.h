@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "platform/database/connection.h"
 #include "platform/database/data_source.h"
@@ -10,6 +11,13 @@ namespace rebate {
 
 // Opens a connection. Raises, naming the path or the server and what to do, where there is no account to open.
 ConnectionRef Connect(const DataSource& source);
+
+// Whether Connect would change the account's file, since an older version made it. Raises what Connect raises where
+// there is no such file.
+bool NeedsUpgrade(const DataSource& source);
+
+// The stores that this build reaches accounts by, each with its version.
+std::vector<Text> StoreVersions();
 
 // Makes a new embedded account file, empty of tables, and opens it, or opens an empty server database; refuses,
 // touching nothing, where something stands there already.

@@ -10,6 +10,7 @@
 #include <windows.h>
 #elif defined(REBATE_HAS_ICU)
 #include <unicode/ucol.h>
+#include <unicode/uversion.h>
 #endif
 
 namespace rebate {
@@ -88,6 +89,18 @@ int CompareInOrder(std::string_view left, std::string_view right) {
   if (stable == 0) return 0;
   const int order = CompareBySystem(left, right);
   return order == 0 ? stable : order < 0 ? -1 : 1;
+}
+
+Text OrderVersion() {
+#if defined(REBATE_HAS_ICU) && !defined(_WIN32)
+  UVersionInfo version;
+  char text[U_MAX_VERSION_STRING_LENGTH];
+  u_getVersion(version);
+  u_versionToString(version, text);
+  return Text("ICU ") + text;
+#else
+  return {};
+#endif
 }
 
 }  // namespace rebate

@@ -44,6 +44,16 @@ ConnectionRef OpenEmbedded(const Text& path, std::chrono::milliseconds lock_wait
   return New<EmbeddedConnection>(std::move(database), path);
 }
 
+bool IsOfFormerVersion(const Text& path) {
+  CheckAccountFile(path);
+  const DatabaseHandle database = OpenAccountFile(path, kLockWait);
+  return NeedAccount(database.get(), path) < kAccountVersion;
+}
+
+Text EngineVersion() {
+  return Text("SQLite ") + sqlite3_libversion();
+}
+
 ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wait) {
   // The file is made here and not by SQLite, so that of two that try only one gets to build.
   if (const std::error_code error = files::CreateNew(path)) RefuseAccountMaking(path, error);

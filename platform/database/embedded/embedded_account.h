@@ -14,6 +14,12 @@ inline constexpr std::chrono::milliseconds kLockWait{20'000};
 // is no account that can be read and written. An account that an older version made is brought to this one.
 ConnectionRef OpenEmbedded(const Text& path, std::chrono::milliseconds lock_wait = kLockWait);
 
+// Whether opening the account would bring it to this version first. Raises what OpenEmbedded raises.
+bool IsOfFormerVersion(const Text& path);
+
+// The engine with the version that runs, such as `SQLite 3.40.1`.
+Text EngineVersion();
+
 // Makes a new account, empty of tables, in the file `path` and opens it. Raises database_error::kConnection, leaving
 // everything as it was, where something stands there already or the file can't be made. Only its owner can read the
 // file.

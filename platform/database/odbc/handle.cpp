@@ -115,4 +115,10 @@ ServerError ToError(const std::vector<Diagnostic>& diagnostics) {
   return {number, description, Effect::StatementRefused};
 }
 
+Environment OpenEnvironment() {
+  Environment environment(SQL_NULL_HANDLE);
+  SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+  return environment;
+}
+
 }  // namespace rebate::odbc

@@ -48,6 +48,9 @@ using Environment = Handle<SQL_HANDLE_ENV>;
 using Session = Handle<SQL_HANDLE_DBC>;
 using Statement = Handle<SQL_HANDLE_STMT>;
 
+// An environment in which the driver manager speaks version 3. Raises what a handle raises.
+Environment OpenEnvironment();
+
 // One message about the last act on a handle.
 struct Diagnostic {
   Text state;         // five characters

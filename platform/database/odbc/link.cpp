@@ -28,12 +28,6 @@ SQLULEN Seconds(const ConnectionKey& key) {
   return *seconds;
 }
 
-Environment OpenEnvironment() {
-  Environment environment(SQL_NULL_HANDLE);
-  SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
-  return environment;
-}
-
 SQLPOINTER Number(SQLULEN value) {
   return reinterpret_cast<SQLPOINTER>(value);
 }

@@ -223,4 +223,14 @@ ConnectionRef OpenOdbc(const Text& connection_text) {
   return New<OdbcConnection>(connection_text);
 }
 
+Text ManagerVersion() {
+  const odbc::Environment environment = odbc::OpenEnvironment();
+  const odbc::Session session(environment.get());
+  char version[64] = "";
+  SQLSMALLINT size = 0;
+  if (!SQL_SUCCEEDED(SQLGetInfo(session.get(), SQL_DM_VER, version, sizeof version, &size)))
+    return "ODBC driver manager";
+  return Text("ODBC driver manager ") + version;
+}
+
 }  // namespace rebate

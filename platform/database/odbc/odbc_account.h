@@ -16,4 +16,7 @@ namespace rebate {
 // whole, and its error says that it may be tried again.
 ConnectionRef OpenOdbc(const Text& connection_text);
 
+// The driver manager with its version, such as `ODBC driver manager 03.52.0002.0003`.
+Text ManagerVersion();
+
 }  // namespace rebate
