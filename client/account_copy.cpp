@@ -1,7 +1,6 @@
 #include "client/account_copy.h"
 
 #include <algorithm>
-#include <ranges>
 
 #include "client/table_rows.h"
 #include "platform/automation/conversion.h"
@@ -99,7 +98,8 @@ AccountCopy::AccountCopy(Connection& source, Connection& target, const std::vect
 
 void AccountCopy::CheckTarget() {
   // Schemes are what is told first.
-  for (const Table& table : std::views::reverse(tables_)) {
+  for (auto at = tables_.rbegin(); at != tables_.rend(); ++at) {
+    const Table& table = *at;
     if (Text(table.table.name) == kTypeTable) continue;
     const std::int64_t rows = TableRows(target_, table.table, {}).Count();
     if (rows == 0) continue;
