@@ -1,9 +1,8 @@
 // Saving a scheme of so many grid rows (one goods and one rate each, ten ranges, ten organisations that stand in every
 // grid row) against the floor: the same final rows written by hand with prepared statements in one transaction.
 
-#include <benchmark/benchmark.h>
-
 #include "bench/bench_account.h"
+#include "bench/comparison.h"
 #include "platform/automation/conversion.h"
 #include "service/base_info_mgr.h"
 
@@ -35,62 +34,73 @@ struct Request {
   }
 };
 
-// Each save replaces the one before, so that the account stays as it is and no overlap stands in the way.
-void SaveScheme(benchmark::State& state) {
-  const BenchAccount account;
-  Request request(static_cast<int>(state.range(0)));
-  BaseInfoMgr manager;
-  const ConnectionRef reader = account.Connect();
-  for (auto _ : state) {
-    const Ref<Dictionary> answer = manager.SaveOneSchemeData(account.dsn(), request.type, request.head, request.ranges,
-                                                             request.organisations, request.grid_rows);
-    state.PauseTiming();
-    Require(ToBoolean(answer->Value("OK")), "the save");
-    const Variant id = reader->Execute("select FSchemeID from t_FL_SchemeList")->FieldValue("FSchemeID");
-    manager.DelSchemeData(account.dsn(), ToText(id));
-    state.ResumeTiming();
-  }
-}
+// The floor's statements and what they write: the rows that a save of the request leaves.
+class HandWriter {
+ public:
+  explicit HandWriter(PlainDatabase& database) : database_(database) {}
 
-void WriteByHand(benchmark::State& state) {
-  const BenchAccount account;
-  PlainDatabase database(account.path());
-  PlainStatement head(database,
-                      "INSERT INTO t_FL_SchemeList (FSchemeNo,FSchemeName,FRebateType,FModifyDate,FCheckerID,FNote,"
-                      "FEnable) VALUES ('0',?,?,'2026-01-01 00:00:00.000',?,?,1)");
-  PlainStatement range(database,
-                       "INSERT INTO t_FL_RebateRange (FLowerLimit,FUpperLimit,FIndex,FSchemeID) VALUES (?,?,?,?)");
-  PlainStatement organisation(
-      database, "INSERT INTO t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID,FShowName) VALUES (?,?,?,?,?)");
-  PlainStatement goods(database,
-                       "INSERT INTO t_FL_AllItems (FSchemeID,FRowID,FItemID,FUnitID,FShowName) VALUES (?,?,?,?,?)");
-  PlainStatement rate(
-      database,
-      "INSERT INTO t_FL_RebateRule (FSchemeID,FRowID,FItemID,FOrgID,FRebateRate,FIndex) VALUES (?,?,?,0,?,?)");
-  const int rows = static_cast<int>(state.range(0));
-  for (auto _ : state) {
-    database.Run("BEGIN IMMEDIATE");
-    head.Run("bench", 2041, 1, "note");
-    const long long id = sqlite3_last_insert_rowid(database.get());
-    for (int i = 0; i < kRanges; ++i) range.Run(i * 100, i * 100 + 100, i + 1, id);
+  void Write(int rows) {
+    database_.Run("BEGIN IMMEDIATE");
+    head_.Run("bench", 2041, 1, "note");
+    const long long id = sqlite3_last_insert_rowid(database_.get());
+    for (int i = 0; i < kRanges; ++i) range_.Run(i * 100, i * 100 + 100, i + 1, id);
     for (int k = 1; k <= kOrganisations; ++k) {
-      for (int i = 1; i <= rows; ++i) organisation.Run(id, i, 8, k, "organisation");
+      for (int i = 1; i <= rows; ++i) organisation_.Run(id, i, 8, k, "organisation");
     }
     for (int i = 1; i <= rows; ++i) {
-      goods.Run(id, i, 1000 + i, 1, "goods");
-      rate.Run(id, i, "1", 2.5, i % kRanges + 1);
+      goods_.Run(id, i, 1000 + i, 1, "goods");
+      rate_.Run(id, i, "1", 2.5, i % kRanges + 1);
     }
-    database.Run("COMMIT");
-    state.PauseTiming();
+    database_.Run("COMMIT");
+  }
+  void Clear() {
     for (const char* table : {"SchemeList", "RebateRange", "AllOrgs", "AllItems", "RebateRule"}) {
-      database.Run((Text("DELETE FROM t_FL_") + table).c_str());
+      database_.Run((Text("DELETE FROM t_FL_") + table).c_str());
     }
-    state.ResumeTiming();
+  }
+
+ private:
+  PlainDatabase& database_;
+  PlainStatement head_{database_,
+                       "INSERT INTO t_FL_SchemeList (FSchemeNo,FSchemeName,FRebateType,FModifyDate,FCheckerID,FNote,"
+                       "FEnable) VALUES ('0',?,?,'2026-01-01 00:00:00.000',?,?,1)"};
+  PlainStatement range_{database_,
+                        "INSERT INTO t_FL_RebateRange (FLowerLimit,FUpperLimit,FIndex,FSchemeID) VALUES (?,?,?,?)"};
+  PlainStatement organisation_{
+      database_, "INSERT INTO t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID,FShowName) VALUES (?,?,?,?,?)"};
+  PlainStatement goods_{database_,
+                        "INSERT INTO t_FL_AllItems (FSchemeID,FRowID,FItemID,FUnitID,FShowName) VALUES (?,?,?,?,?)"};
+  PlainStatement rate_{
+      database_,
+      "INSERT INTO t_FL_RebateRule (FSchemeID,FRowID,FItemID,FOrgID,FRebateRate,FIndex) VALUES (?,?,?,0,?,?)"};
+};
+
+// Each save's rows are cleared away before the next, so that no overlap stands in the way.
+void SaveScheme(benchmark::State& state) {
+  const int rows = static_cast<int>(state.range(0));
+  const BenchAccount account;
+  const BenchAccount floor_account;
+  Request request(rows);
+  BaseInfoMgr manager;
+  PlainDatabase database(account.path());
+  HandWriter stored(database);
+  PlainDatabase floor_database(floor_account.path());
+  HandWriter by_hand(floor_database);
+  Comparison comparison(state);
+  for (auto _ : state) {
+    Ref<Dictionary> answer;
+    comparison.Work([&] {
+      answer = manager.SaveOneSchemeData(account.dsn(), request.type, request.head, request.ranges,
+                                         request.organisations, request.grid_rows);
+    });
+    Require(ToBoolean(answer->Value("OK")), "the save");
+    comparison.Floor([&] { by_hand.Write(rows); });
+    stored.Clear();
+    by_hand.Clear();
   }
 }
 
-BENCHMARK(SaveScheme)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(WriteByHand)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(SaveScheme)->Arg(10)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 }  // namespace
 }  // namespace rebate::bench
