@@ -23,9 +23,7 @@ SaveRequest ReadRequest(const Dictionary& type, const Dictionary& head, const Re
 }  // namespace
 
 void StatementList::Run(Call& call) {
-  for (const Text& statement : statements_) {
-    if (!statement.empty()) call.Execute(statement);
-  }
+  call.ExecuteEach(statements_);
   statements_.clear();
 }
 

@@ -24,7 +24,9 @@ struct SaveRequest {
 // Texts that are gathered and then run one by one, in order. The first that is refused ends the run.
 class StatementList {
  public:
-  void Append(Text statement) { statements_.push_back(std::move(statement)); }
+  void Append(Text statement) {
+    if (!statement.empty()) statements_.push_back(std::move(statement));
+  }
   // Runs the statements and leaves the list empty.
   void Run(Call& call);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -32,6 +33,11 @@ class Call {
 
   // Runs one text; the null reference where it gives no rows.
   RecordsetRef Execute(std::string_view text) { return connection_->Execute(text); }
+  // Runs texts that give no rows, in order, up to the first that is refused.
+  void ExecuteEach(std::span<const Text> texts) {
+    std::size_t done = 0;
+    connection_->ExecuteEach(texts, done);
+  }
   Connection& connection() { return *connection_; }
 
   // The logged-in user's id, asked for at this moment.

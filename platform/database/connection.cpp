@@ -2,6 +2,10 @@
 
 namespace rebate {
 
+void Connection::ExecuteEach(std::span<const Text> texts, std::size_t& done) {
+  for (done = 0; done < texts.size(); ++done) Execute(texts[done]);
+}
+
 void Connection::ExecuteFor(std::string_view text, BatchListener& listener) {
   RecordsetRef rows;
   const auto tell_messages = [&] {

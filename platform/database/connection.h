@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +29,11 @@ class Connection : public RefCounted {
   // the null reference where no statement gave one. Raises the error of the first statement that is refused; a batch
   // that doesn't parse runs nothing.
   virtual RecordsetRef Execute(std::string_view text) = 0;
+
+  // Runs texts whose rows nobody reads, one after another, as Execute runs each: where many of them insert, faster than
+  // one call for each. Raises the error of the first that is refused, behind which nothing stands. `done` counts the
+  // texts that have succeeded, also where it raises; the unit of work must then be undone.
+  virtual void ExecuteEach(std::span<const Text> texts, std::size_t& done);
 
   // What the last text said beside its rows, in the order in which it did: the lines of `print`, and of `raiserror` up
   // to severity 10. One that was refused halfway has said what came before. They are handed out once; a connection that

@@ -1,5 +1,7 @@
 #include "platform/login/data_context.h"
 
+#include <exception>
+
 #include "platform/automation/error.h"
 #include "platform/automation/per_thread.h"
 #include "platform/database/connection_pool.h"
@@ -39,6 +41,28 @@ class CallConnection : public Connection {
     }
   }
 
+  // The observer hears of the texts when it is known which ones ran: of none behind one that was refused.
+  void ExecuteEach(std::span<const Text> texts, std::size_t& done) override {
+    CallObserver* observer = TheCallObserver();
+    if (observer == nullptr) [[likely]]
+      return SendEach(texts, done);
+    std::exception_ptr refusal;
+    try {
+      SendEach(texts, done);
+    } catch (...) {
+      refusal = std::current_exception();
+    }
+    try {
+      for (const Text& text : texts.first(done)) observer->Executing(text);
+      if (!refusal) return;
+      if (done < texts.size()) observer->Executing(texts[done]);
+      std::rethrow_exception(refusal);
+    } catch (const Error& error) {
+      observer->Refused(error);
+      throw;
+    }
+  }
+
   std::vector<Text> TakeMessages() override { return Live().TakeMessages(); }
 
   void BeginWork() override {
@@ -68,6 +92,11 @@ class CallConnection : public Connection {
     RecordsetRef rows;
     Guard([&] { rows = Live().Execute(text); });
     return rows;
+  }
+
+  void SendEach(std::span<const Text> texts, std::size_t& done) {
+    if (!in_unit_) BeginWork();
+    Guard([&] { Live().ExecuteEach(texts, done); });
   }
 
   Connection& Live() const {

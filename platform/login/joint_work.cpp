@@ -32,10 +32,13 @@ class JointConnection : public Connection {
   bool IsUndone() const { return undone_; }
 
   RecordsetRef Execute(std::string_view text) override {
-    const bool writes = !OnlyReads(text);
-    if (undone_ && writes) ThrowUndone();
-    call_wrote_ = call_wrote_ || writes;
+    Check(!OnlyReads(text));
     return connection_->Execute(text);
+  }
+  void ExecuteEach(std::span<const Text> texts, std::size_t& done) override {
+    done = 0;
+    Check(!std::all_of(texts.begin(), texts.end(), OnlyReads));
+    connection_->ExecuteEach(texts, done);
   }
   std::vector<Text> TakeMessages() override { return connection_->TakeMessages(); }
 
@@ -57,6 +60,10 @@ class JointConnection : public Connection {
   }
 
  private:
+  void Check(bool writes) {
+    if (undone_ && writes) ThrowUndone();
+    call_wrote_ = call_wrote_ || writes;
+  }
   [[noreturn]] static void ThrowUndone() {
     throw Error(database_error::kStatement, "Connection",
                 "The unit of work of these calls was undone by one of them, and takes no more.");
