@@ -68,6 +68,10 @@ class AccountCatalog : public tsql::Catalog {
   // To be called behind each insert that put rows into the table: what @@identity is from then on. `given` tells that
   // the statement named the identity column, whose numbers then go on behind the ones that it brought.
   std::optional<std::int64_t> NoteInsert(const tsql::TableInfo& table, bool given);
+  // Where the temporary tables' numbers stand, which no failure sets back by itself.
+  using Counters = std::vector<std::pair<std::shared_ptr<Counter>, Counter>>;
+  Counters MarkCounters() const;
+  static void ReturnTo(const Counters& counters);
   // The last number that was drawn for the permanent table of this name, or its seed where none was; null where there
   // is no such table or it draws none.
   std::optional<std::int64_t> LastIdentity(std::string_view name);
@@ -117,11 +121,11 @@ class AccountCatalog : public tsql::Catalog {
   void ChangePermanent();
   std::int64_t SchemaVersion();
 
-  static void GiveNextIdentity(sqlite3_context* context, int count, sqlite3_value** arguments) noexcept;
-  std::int64_t NextIdentity(std::string_view key);
   // The last number that the table's counter gave; nothing where none was given yet.
   std::optional<std::int64_t> ReadCounter(const tsql::TableInfo& table);
   void WriteCounter(const tsql::TableInfo& table, std::optional<std::int64_t> last);
+  static void GiveNextIdentity(sqlite3_context* context, int count, sqlite3_value** arguments) noexcept;
+  std::int64_t NextIdentity(std::string_view key);
   std::optional<std::int64_t> AskNumber(const Text& sql);
 
   sqlite3* database_;

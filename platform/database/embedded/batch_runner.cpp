@@ -22,6 +22,14 @@ bool BatchRunner::Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> 
   return RunSteps(batch.steps) == Flow::Next;
 }
 
+void BatchRunner::RunInserts(PreparedBatch& batch, std::span<const Literals> texts) {
+  for (std::size_t size = 0; size < kRowsTogether.size(); ++size) {
+    const std::size_t rows = kRowsTogether[size];
+    while (texts.size() >= rows && RunTogether(batch, texts.first(rows), size)) texts = texts.subspan(rows);
+  }
+  for (const Literals& literals : texts) Run(batch, literals);
+}
+
 BatchRunner::Flow BatchRunner::RunSteps(std::vector<Step>& steps) {
   for (Step& step : steps) {
     const Flow flow = RunStep(step);
@@ -274,13 +282,18 @@ std::optional<std::string_view> BatchRunner::KeyOf(const Parameter& parameter) c
 void BatchRunner::BindParameters(PreparedCommand& prepared, sqlite3_stmt* statement,
                                  const std::vector<Parameter>& parameters) {
   prepared.texts.Clear();
+  BindFrom(1, prepared, statement, parameters);
+}
+
+void BatchRunner::BindFrom(int first, PreparedCommand& prepared, sqlite3_stmt* statement,
+                           const std::vector<Parameter>& parameters) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {
+    const int index = first + static_cast<int>(i);
     if (const auto key = KeyOf(parameters[i])) {
-      Bind(statement, static_cast<int>(i) + 1, *key);
+      Bind(statement, index, *key);
       continue;
     }
     const Value value = ParameterValue(parameters[i], prepared.texts);
-    const int index = static_cast<int>(i) + 1;
     if (value.kind == Value::Kind::Decimal) {
       Bind(statement, index, Value::Of(prepared.texts.Keep(value.decimal.ToKey())));
     } else {
@@ -400,6 +413,33 @@ void BatchRunner::RunInsert(PreparedCommand& prepared) {
   session_.row_count = sqlite3_changes(session_.database());
   session_.identity.reset();
   if (session_.row_count > 0) session_.identity = catalog.NoteInsert(*command.target, command.gives_identity);
+}
+
+bool BatchRunner::RunTogether(PreparedBatch& batch, std::span<const Literals> texts, std::size_t size) {
+  batch_ = &batch;
+  literals_ = texts.front();
+  BeginInstant();
+  Step& step = batch.steps.front();
+  PreparedCommand& prepared = Prepared(
+      step, 0, [&](auto& context) { return MakeInsert(context, std::get<tsql::Insert>(step.statement->node)); });
+  const tsql::Command& command = prepared.command;
+  if (!command.row) return false;
+  session_.catalog().CheckIdentityInsert(*command.target, false);
+  StatementHandle& statement = prepared.together[size];
+  if (!statement) statement = Prepare(session_.database(), WithRows(command, texts.size()), session_.path());
+  const std::vector<Parameter>& row = command.sql.parameters;
+  prepared.texts.Clear();
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    literals_ = texts[i];
+    BindFrom(static_cast<int>(i * row.size()) + 1, prepared, statement.get(), row);
+  }
+  {
+    const RunningStatement running(statement.get());
+    StepOnce(prepared, statement.get());
+  }
+  session_.row_count = 1;
+  session_.identity = session_.catalog().NoteInsert(*command.target, false);
+  return true;
 }
 
 void BatchRunner::RunChange(PreparedCommand& prepared) {

@@ -20,6 +20,10 @@ class BatchRunner {
   // text ends here.
   bool Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> literals);
 
+  // Runs a batch that InsertsRow once for each of the texts with these literals. Raises an error where one is refused.
+  using Literals = std::span<const tsql::LiteralToken>;
+  void RunInserts(PreparedBatch& batch, std::span<const Literals> texts);
+
   // The first row set that a statement gave; null where none did, or a listener got it.
   const Ref<RowSet>& result() const { return result_; }
 
@@ -39,6 +43,9 @@ class BatchRunner {
   [[noreturn]] void RaiseFailure(PreparedCommand& prepared, sqlite3_stmt* statement, int result);
   void BindParameters(PreparedCommand& prepared, sqlite3_stmt* statement,
                       const std::vector<tsql::Parameter>& parameters);
+  // Binds from `?first` on.
+  void BindFrom(int first, PreparedCommand& prepared, sqlite3_stmt* statement,
+                const std::vector<tsql::Parameter>& parameters);
   // The text of an amount that is stored as it is written.
   std::optional<std::string_view> KeyOf(const tsql::Parameter& parameter) const;
   tsql::Value ParameterValue(const tsql::Parameter& parameter, tsql::TextPool& pool);
@@ -50,6 +57,8 @@ class BatchRunner {
   void RunAssign(PreparedCommand& prepared);
   void RunChange(PreparedCommand& prepared);
   void RunInsert(PreparedCommand& prepared);
+  // As many texts as the size says, in one statement; false where they are to run one by one.
+  bool RunTogether(PreparedBatch& batch, std::span<const Literals> texts, std::size_t size);
   void RunSelectInto(PreparedCommand& prepared);
   // The value of one calculation over the row on which the statement stands, its columns counted from `first`.
   tsql::Value Calculated(PreparedCommand& prepared, std::size_t number, const tsql::RowValue& value, sqlite3_stmt* row,

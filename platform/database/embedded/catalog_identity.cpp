@@ -122,6 +122,18 @@ std::optional<std::int64_t> AccountCatalog::NoteInsert(const TableInfo& table, b
                    " WHERE rowid=" + std::to_string(row));
 }
 
+AccountCatalog::Counters AccountCatalog::MarkCounters() const {
+  Counters counters;
+  for (const auto& [name, table] : temporary_) {
+    if (table.present && table.table->Identity() != nullptr) counters.emplace_back(table.counter, *table.counter);
+  }
+  return counters;
+}
+
+void AccountCatalog::ReturnTo(const Counters& counters) {
+  for (const auto& [counter, stood] : counters) *counter = stood;
+}
+
 std::optional<std::int64_t> AccountCatalog::LastIdentity(std::string_view name) {
   const std::optional<tsql::ObjectName> object = NamedObject(name);
   const tsql::TablePtr table = object ? Find(*object) : nullptr;

@@ -1,6 +1,7 @@
 #include "platform/database/embedded/embedded_connection.h"
 
 #include "platform/database/embedded/batch_runner.h"
+#include "platform/database/embedded/insert_group.h"
 #include "platform/database/tsql/parse/batch_splitter.h"
 
 namespace rebate {
@@ -12,10 +13,11 @@ RecordsetRef ResultOf(const BatchRunner& runner) {
 
 }  // namespace
 
-RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* listener) {
+template <typename Work>
+auto EmbeddedConnection::Trusting(const Work& work) {
   messages_.clear();
   try {
-    return text.size() > kWholeBatch ? RunParts(text, listener) : RunWhole(text, listener);
+    return work();
   } catch (const std::bad_alloc&) {
     session_.Distrust();
     throw;
@@ -25,11 +27,40 @@ RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* liste
   }
 }
 
+RecordsetRef EmbeddedConnection::Run(std::string_view text, BatchListener* listener) {
+  return Trusting([&] { return text.size() > kWholeBatch ? RunParts(text, listener) : RunWhole(text, listener); });
+}
+
+void EmbeddedConnection::ExecuteEach(std::span<const Text> texts, std::size_t& done) {
+  done = 0;
+  Trusting([&] {
+    BatchRunner runner(session_, messages_);
+    InsertGroup group(session_, runner, done);
+    for (const Text& text : texts) {
+      PreparedBatchPtr batch;
+      try {
+        if (text.size() <= kWholeBatch) batch = cache_.Get(text, literals_);
+      } catch (...) {
+        group.Run();
+        throw;
+      }
+      if (batch && group.Take(batch, literals_)) continue;
+      if (batch) {
+        BatchRunner(session_, messages_).Run(*batch, literals_);
+      } else {
+        group.Run();
+        RunParts(text, nullptr);
+      }
+      ++done;
+    }
+    group.Run();
+  });
+}
+
 RecordsetRef EmbeddedConnection::RunWhole(std::string_view text, BatchListener* listener) {
-  ReadTemplate(text, template_);
-  const PreparedBatchPtr batch = cache_.Get(text, template_);
+  const PreparedBatchPtr batch = cache_.Get(text, literals_);
   BatchRunner runner(session_, messages_, listener);
-  runner.Run(*batch, template_.literals);
+  runner.Run(*batch, literals_);
   return ResultOf(runner);
 }
 
@@ -58,16 +89,21 @@ RecordsetRef EmbeddedConnection::RunParts(std::string_view text, BatchListener* 
   std::vector<tsql::LiteralToken> literals;
   bool reads_only = true;
   for (const std::string_view part : tsql::SplitBatch(text)) {
-    ReadTemplate(part, template_);
-    parts.push_back({cache_.Get(part, template_), literals.size(), template_.literals.size()});
-    literals.insert(literals.end(), template_.literals.begin(), template_.literals.end());
+    parts.push_back({cache_.Get(part, literals_), literals.size(), literals_.size()});
+    literals.insert(literals.end(), literals_.begin(), literals_.end());
     reads_only = reads_only && parts.back().batch->reads_only;
   }
   session_.NeedTransaction(reads_only);
   BatchRunner runner(session_, messages_, listener);
+  std::size_t done = 0;
+  InsertGroup group(session_, runner, done);
   for (const Part& part : parts) {
-    if (!runner.Run(*part.batch, std::span(literals).subspan(part.first_literal, part.literal_count))) break;
+    const auto own = std::span(literals).subspan(part.first_literal, part.literal_count);
+    // A listener hears of each statement.
+    if (listener == nullptr && group.Take(part.batch, own)) continue;
+    if (!runner.Run(*part.batch, own)) break;
   }
+  group.Run();
   return ResultOf(runner);
 }
 

@@ -14,6 +14,7 @@ class EmbeddedConnection : public Connection, public SelfCheckingStore {
 
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
+  void ExecuteEach(std::span<const Text> texts, std::size_t& done) override;
   bool IsSound() const override { return session_.sound(); }
   std::vector<Text> TakeMessages() override { return std::exchange(messages_, {}); }
   std::vector<Text> FileFaults() override;
@@ -25,13 +26,16 @@ class EmbeddedConnection : public Connection, public SelfCheckingStore {
   // A text longer than this is looked up statement by statement: a long batch seldom comes twice, its statements do.
   static constexpr std::size_t kWholeBatch = 2048;
 
+  // Runs `work`, and gives the connection up where it runs out of memory.
+  template <typename Work>
+  auto Trusting(const Work& work);
   RecordsetRef Run(std::string_view text, BatchListener* listener);
   RecordsetRef RunWhole(std::string_view text, BatchListener* listener);
   RecordsetRef RunParts(std::string_view text, BatchListener* listener);
 
   Session session_;
   BatchCache cache_;
-  tsql::BatchTemplate template_;
+  std::vector<tsql::LiteralToken> literals_;  // of the text that is read
   std::vector<Text> messages_;
 };
 

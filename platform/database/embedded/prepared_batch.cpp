@@ -76,20 +76,49 @@ bool PreparedBatch::Matches(std::span<const tsql::LiteralToken> literals) const 
                      [&](const FixedLiteral& fixed) { return fixed.text == literals[fixed.literal].text; });
 }
 
-PreparedBatchPtr BatchCache::Get(std::string_view text, const tsql::BatchTemplate& batch_template) {
-  const auto found = batches_.find(std::string_view(batch_template.key));
+bool PreparedBatch::InsertsRow() const {
+  if (steps.size() != 1 || steps.front().commands.size() != 1) return false;
+  const std::unique_ptr<PreparedCommand>& command = steps.front().commands.front();
+  return command && command->command.row;
+}
+
+PreparedBatchPtr BatchCache::Get(std::string_view text, std::vector<tsql::LiteralToken>& literals) {
+  if (PreparedBatchPtr batch = FindRecent(text, literals)) return batch;
+  ReadTemplate(text, template_);
+  literals = template_.literals;
+  PreparedBatchPtr batch = FindOrMake(text);
+  if (batch->keep && !literals.empty()) {
+    Recent& recent = recent_[next_recent_++ % recent_.size()];
+    recent.batch = nullptr;
+    recent.shape.Learn(text, literals);
+    recent.batch = batch;
+  }
+  return batch;
+}
+
+PreparedBatchPtr BatchCache::FindRecent(std::string_view text, std::vector<tsql::LiteralToken>& literals) {
+  for (const Recent& recent : recent_) {
+    if (!recent.batch || !recent.shape.Reads(text, literals) || !recent.batch->Matches(literals)) continue;
+    recent.batch->last_used = ++clock_;
+    return recent.batch;
+  }
+  return nullptr;
+}
+
+PreparedBatchPtr BatchCache::FindOrMake(std::string_view text) {
+  const auto found = batches_.find(std::string_view(template_.key));
   if (found != batches_.end()) {
     for (const PreparedBatchPtr& batch : found->second) {
-      if (!batch->Matches(batch_template.literals)) continue;
+      if (!batch->Matches(template_.literals)) continue;
       batch->last_used = ++clock_;
       return batch;
     }
   }
-  auto batch = std::make_shared<PreparedBatch>(text, batch_template.literals);
+  auto batch = std::make_shared<PreparedBatch>(text, template_.literals);
   batch->last_used = ++clock_;
   if (batch->keep) {
     if (count_ == kCapacity) MakeRoom();
-    batches_[batch_template.key].push_back(batch);
+    batches_[template_.key].push_back(batch);
     ++count_;
   }
   return batch;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -9,13 +10,17 @@
 
 namespace rebate {
 
+// So many rows the inserts of several texts can share one statement for, the most first.
+inline constexpr std::array<std::size_t, 2> kRowsTogether = {64, 8};
+
 // A statement as it was printed and prepared, and the memory for the texts that are bound to it.
 struct PreparedCommand {
   tsql::Command command;
   StatementHandle statement;                // null where the command needs no row
   std::vector<tsql::Program> calculations;  // of the command's values, or of those of its row by row update
   StatementHandle select_rows, remove_row, insert_row;
-  std::uint64_t epoch = 0;  // of the catalog, when it was last known to be good
+  std::array<StatementHandle, kRowsTogether.size()> together;  // of an insert: of as many rows as kRowsTogether says
+  std::uint64_t epoch = 0;                                     // of the catalog, when it was last known to be good
   tsql::TextPool texts;
 };
 
@@ -36,6 +41,9 @@ struct PreparedBatch {
   bool Matches(std::span<const tsql::LiteralToken> literals) const;
   // From now on it is good only for batches that have the same text in the literal's place.
   void FixLiteral(std::size_t literal, std::span<const tsql::LiteralToken> literals);
+
+  // Whether it has run before and is one insert, of one row of literals: several can run together.
+  bool InsertsRow() const;
 
   struct FixedLiteral {
     std::size_t literal;
@@ -58,9 +66,9 @@ class BatchCache {
  public:
   static constexpr std::size_t kCapacity = 512;
 
-  // The prepared batch for the text, whose template this is: the one that is there, or a new one. Raises what the
-  // parser raises.
-  PreparedBatchPtr Get(std::string_view text, const tsql::BatchTemplate& batch_template);
+  // The prepared batch for the text, the one that is there or a new one, and the text's literals, which point into it.
+  // Raises what the lexer and the parser raise.
+  PreparedBatchPtr Get(std::string_view text, std::vector<tsql::LiteralToken>& literals);
 
  private:
   struct Hash {
@@ -68,8 +76,19 @@ class BatchCache {
     std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
   };
 
+  // A batch that came lately, and what its texts look like.
+  struct Recent {
+    tsql::TextShape shape;
+    PreparedBatchPtr batch;
+  };
+
+  PreparedBatchPtr FindRecent(std::string_view text, std::vector<tsql::LiteralToken>& literals);
+  PreparedBatchPtr FindOrMake(std::string_view text);
   void MakeRoom();
 
+  std::array<Recent, 4> recent_;
+  std::size_t next_recent_ = 0;
+  tsql::BatchTemplate template_;
   std::unordered_map<Text, std::vector<PreparedBatchPtr>, Hash, std::equal_to<>> batches_;
   std::size_t count_ = 0;
   std::uint64_t clock_ = 0;

@@ -9,7 +9,9 @@ Session::Session(DatabaseHandle database, Text path)
       begin_reader_(Prepare(database_.get(), "BEGIN", path_)),
       begin_writer_(Prepare(database_.get(), "BEGIN IMMEDIATE", path_)),
       commit_(Prepare(database_.get(), "COMMIT", path_)),
-      rollback_(Prepare(database_.get(), "ROLLBACK", path_)) {}
+      rollback_(Prepare(database_.get(), "ROLLBACK", path_)),
+      savepoint_(Prepare(database_.get(), "SAVEPOINT statement", path_)),
+      release_(Prepare(database_.get(), "RELEASE statement", path_)) {}
 
 void Session::Step(sqlite3_stmt* statement) {
   const RunningStatement running(statement);

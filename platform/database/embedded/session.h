@@ -27,6 +27,9 @@ class Session {
   // Begins the transaction of an open unit where it isn't begun; without a unit it does nothing.
   void NeedTransaction(bool reads_only);
 
+  // Whether a unit of work is open, so that what a statement does stands or goes with others.
+  bool InUnit() const { return unit_open_; }
+
   // ---- transactions in texts; each raises the server's error where no transaction is open ----
   void BeginTransaction();
   // Ends one level. At the outermost one the work stands; an open unit goes on with a new transaction.
@@ -65,10 +68,10 @@ class Session {
   template <typename Work>
   void InSavepoint(const Work& work) {
     AccountCatalog::Mark mark = catalog_.MakeMark();
-    Run(database(), "SAVEPOINT statement", path_);
+    Step(savepoint_.get());
     try {
       work();
-      Run(database(), "RELEASE statement", path_);
+      Step(release_.get());
     } catch (...) {
       UndoStatement(std::move(mark));
       throw;
@@ -87,7 +90,7 @@ class Session {
   DatabaseHandle database_;
   Text path_;
   AccountCatalog catalog_;
-  StatementHandle begin_reader_, begin_writer_, commit_, rollback_;
+  StatementHandle begin_reader_, begin_writer_, commit_, rollback_, savepoint_, release_;
   bool unit_open_ = false;
   bool begun_ = false;  // the transaction, for the unit or for `begin tran`
   bool lost_ = false;   // SQLite gave the transaction up

@@ -91,6 +91,23 @@ class Scanner {
     return true;
   }
 
+  // Reads the literal at the offset, where one begins there, and gives the offset behind it; else 0.
+  std::size_t NextLiteral(std::size_t offset, Lexeme& lexeme) {
+    at_ = begin_ + offset;
+    if (at_ == end_) return 0;
+    if (*at_ == '\'') {
+      ReadString(lexeme, LiteralKind::String);
+    } else if (*at_ == 'N' || *at_ == 'n') {
+      if (at_ + 1 == end_ || at_[1] != '\'') return 0;
+      ReadWord(lexeme);
+    } else if (Is(*at_, kDigit) || (*at_ == '.' && at_ + 1 < end_ && Is(at_[1], kDigit))) {
+      ReadNumber(lexeme);
+    } else {
+      return 0;
+    }
+    return static_cast<std::size_t>(at_ - begin_);
+  }
+
   std::size_t OffsetOf(const Lexeme& lexeme) const { return static_cast<std::size_t>(lexeme.begin - begin_); }
 
  private:
@@ -286,6 +303,41 @@ void ReadTemplate(std::string_view batch, BatchTemplate& batch_template) {
   }
   copy_piece();
   batch_template.key.resize(static_cast<std::size_t>(out - batch_template.key.data()));
+}
+
+void TextShape::Learn(std::string_view text, const std::vector<LiteralToken>& literals) {
+  text_ = text;
+  places_.clear();
+  for (const LiteralToken& literal : literals) {
+    Place place{static_cast<std::size_t>(literal.text.data() - text.data()), 0,
+                MarkerOf(literal.kind, literal.text.size())};
+    place.end = place.begin + literal.text.size();
+    if (literal.kind >= LiteralKind::String) {
+      place.begin -= literal.kind == LiteralKind::NationalString ? 2 : 1;
+      ++place.end;
+    }
+    places_.push_back(place);
+  }
+}
+
+// What stands between the literals is the same, byte for byte. So tokens end where they end in the text that was
+// learnt: of a literal only its own end is looked for, and nothing in front of one runs together with it.
+bool TextShape::Reads(std::string_view text, std::vector<LiteralToken>& literals) const {
+  if (places_.empty()) return false;
+  literals.clear();
+  Scanner scanner(text);
+  Lexeme lexeme;
+  std::size_t at = 0;
+  std::size_t own_at = 0;
+  for (const Place& place : places_) {
+    const std::size_t size = place.begin - own_at;
+    if (text.size() - at < size || std::memcmp(text.data() + at, text_.data() + own_at, size) != 0) return false;
+    at = scanner.NextLiteral(at + size, lexeme);
+    if (at == 0 || MarkerOf(lexeme.literal_kind, lexeme.text.size()) != place.marker) return false;
+    literals.push_back({lexeme.literal_kind, lexeme.text, lexeme.doubled_quotes});
+    own_at = place.end;
+  }
+  return text.substr(at) == std::string_view(text_).substr(own_at);
 }
 
 std::vector<Token> Tokenize(std::string_view batch) {

@@ -47,6 +47,26 @@ struct BatchTemplate {
 // character or an unclosed quotation mark that can't stand there.
 void ReadTemplate(std::string_view batch, BatchTemplate& batch_template);
 
+// A text by which others that differ from it in nothing but their literals are read without looking at each token.
+class TextShape {
+ public:
+  // From now on the shape of `text`, whose literals these are, in their order, pointing into it.
+  void Learn(std::string_view text, const std::vector<LiteralToken>& literals);
+  // Whether `text` is of this shape, and so of the template of the text that was learnt; then its literals are in
+  // `literals`. Raises what ReadTemplate raises of a literal.
+  bool Reads(std::string_view text, std::vector<LiteralToken>& literals) const;
+
+ private:
+  struct Place {
+    std::size_t begin;  // of the literal in the text, with its quotes
+    std::size_t end;
+    char marker;
+  };
+
+  Text text_;
+  std::vector<Place> places_;  // empty where nothing was learnt
+};
+
 // The tokens of `batch`, an End token last. Raises what ReadTemplate raises.
 std::vector<Token> Tokenize(std::string_view batch);
 

@@ -53,6 +53,16 @@ SqlText PrintOne(const bound::Expression& value) {
   return Finish(state, std::move(sql));
 }
 
+// Whether the insert is of one row, whose values say nothing but themselves.
+bool IsRowOfLiterals(const bound::Insert& insert) {
+  return insert.rows.size() == 1 && !insert.gives_identity &&
+         std::all_of(insert.rows.front().begin(), insert.rows.front().end(), [](const bound::ExpressionPtr& value) {
+           return value && (std::holds_alternative<bound::Literal>(value->node) ||
+                            std::holds_alternative<bound::Constant>(value->node) ||
+                            std::holds_alternative<bound::Null>(value->node));
+         });
+}
+
 Text PrintDefinition(const bound::Expression& expression) {
   PrintState state;
   state.in_definition = true;
@@ -62,6 +72,14 @@ Text PrintDefinition(const bound::Expression& expression) {
 }
 
 }  // namespace
+
+Text WithRows(const Command& insert, std::size_t rows) {
+  const std::string_view row = std::string_view(insert.sql.text).substr(*insert.row);
+  Text text = insert.sql.text;
+  text.reserve(text.size() + (rows - 1) * (row.size() + 1));
+  for (std::size_t i = 1; i < rows; ++i) text.append(",").append(row);
+  return text;
+}
 
 Command MakeQuery(BindContext& context, const SelectStatement& statement) {
   BindCommonTables(context, statement.with);
@@ -88,7 +106,9 @@ Command MakeInsert(BindContext& context, const Insert& insert) {
   command.target = bound_insert.table;
   command.gives_identity = bound_insert.gives_identity;
   command.sql = PrintInsert(bound_insert);
-  return Finished(context, std::move(command));
+  command = Finished(context, std::move(command));
+  if (IsRowOfLiterals(bound_insert) && command.fixed_literals.empty()) command.row = command.sql.text.rfind('(');
+  return command;
 }
 
 Command MakeUpdate(BindContext& context, const Update& update) {

@@ -47,12 +47,16 @@ struct Command {
   std::vector<RowValue> values;             // of an Assign: to be worked out in this order
   TablePtr target;                          // of an insert or a change
   bool gives_identity = false;              // an insert that names the identity column
+  std::optional<std::size_t> row;           // where the row of an insert of literals alone begins: more may follow it
   TableDraft draft;                         // of a select into: the table that the statement fills
   std::optional<RowUpdate> rows;            // of an update that may need it
   bool row_by_row = false;                  // and does
   std::vector<ObjectUse> uses;              // it is good as long as these objects are as they were
   std::vector<std::size_t> fixed_literals;  // and for literals with the texts that these had
 };
+
+// The text of an insert that has a `row`, with so many of them.
+Text WithRows(const Command& insert, std::size_t rows);
 
 // Each raises the server's error for a name that isn't there, and for types that don't go together.
 Command MakeQuery(BindContext& context, const SelectStatement& statement);
