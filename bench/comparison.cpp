@@ -16,12 +16,16 @@ double MedianOf(std::vector<double> values) {
 }  // namespace
 
 Comparison::~Comparison() {
+  const double work = MedianOf(work_.clock);
   const double floor = MedianOf(floor_.clock);
   const double processor = MedianOf(work_.processor);
-  state_.counters["ratio"] = MedianOf(work_.clock) / floor;
+  state_.counters["ratio"] = work / floor;
   state_.counters["cpu_ratio"] = processor / MedianOf(floor_.processor);
   state_.counters["cpu_ms"] = processor * 1000;
   state_.counters["floor_ms"] = floor * 1000;
+  if (times_ == 1) return;
+  state_.counters["each_us"] = work / times_ * 1e6;
+  state_.counters["over_us"] = (work - floor) / times_ * 1e6;
 }
 
 double Comparison::ProcessorTime() {

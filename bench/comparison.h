@@ -17,11 +17,12 @@ namespace rebate::bench {
 //     }
 //
 // At its end it sets the counters `ratio` (of the times by the clock), `cpu_ratio` (of this thread's processor times),
-// `cpu_ms` (the work's processor time) and `floor_ms` (the floor's time by the clock). The benchmark must be registered
-// with UseManualTime(): the time shown is the work's alone.
+// `cpu_ms` (the work's processor time) and `floor_ms` (the floor's time by the clock). Where a turn does the same many
+// times, `each_us` is one time, and `over_us` how much longer it takes than the floor's. The benchmark must be
+// registered with UseManualTime(): the time shown is the work's alone.
 class Comparison {
  public:
-  explicit Comparison(benchmark::State& state) : state_(state) {}
+  explicit Comparison(benchmark::State& state, int times_a_turn = 1) : state_(state), times_(times_a_turn) {}
   Comparison(const Comparison&) = delete;
   Comparison& operator=(const Comparison&) = delete;
   ~Comparison();
@@ -55,6 +56,7 @@ class Comparison {
   }
 
   benchmark::State& state_;
+  int times_;
   Times work_;
   Times floor_;
 };

@@ -54,9 +54,11 @@ class HandWriter {
     database_.Run("COMMIT");
   }
   void Clear() {
+    database_.Run("BEGIN IMMEDIATE");
     for (const char* table : {"SchemeList", "RebateRange", "AllOrgs", "AllItems", "RebateRule"}) {
       database_.Run((Text("DELETE FROM t_FL_") + table).c_str());
     }
+    database_.Run("COMMIT");
   }
 
  private:
