@@ -1,7 +1,8 @@
+#include <array>
+
 #include "model/item_class.h"
 #include "model/rebate_class.h"
 #include "platform/automation/conversion.h"
-#include "platform/containers/null_to_default.h"
 #include "service/base_info_mgr.h"
 #include "service/row_conversion.h"
 #include "service/statement_text.h"
@@ -80,50 +81,81 @@ class SchemeFold {
         scheme_(rows_->FieldIndex("FSchemeID")),
         item_(rows_->FieldIndex("FItemID")),
         number_(rows_->FieldIndex("FNumber")),
-        name_(rows_->FieldIndex("FName")) {}
+        name_(rows_->FieldIndex("FName")) {
+    std::vector<Text> names;
+    for (std::size_t field = 0; field < rows_->FieldCount(); ++field) {
+      if (field == item_ || field == number_ || field == name_) continue;
+      names.push_back(rows_->FieldName(field));
+      fields_.push_back(field);
+    }
+    entry_keys_ = New<KeyList>(names);
+  }
 
   Ref<Vector> Fold() {
-    Ref<Vector> schemes = New<Vector>();
+    std::vector<Variant> schemes;
     Long last_id = 0;
     for (; !rows_->Eof(); rows_->MoveNext()) {
-      const Long id = ToLong(rows_->FieldValue(scheme_));
+      const std::span<const Variant> row = rows_->Row();
+      const Long id = ToLong(row[scheme_]);
       if (id != last_id) {
         FinishEntry();
-        StartEntry();
-        schemes->Add(entry_);
+        StartEntry(row);
+        schemes.push_back(entry_);
         last_id = id;
       }
-      AddOrganisation();
+      AddOrganisation(row);
     }
     FinishEntry();
-    return schemes;
+    return Vector::Of(schemes);
   }
 
  private:
-  void StartEntry() {
-    entry_ = RowToDictionary(rows_);
-    for (const char* key : {"FItemID", "FNumber", "FName"}) entry_->Remove(key);
-    details_ = New<Vector>();
-    entry_->SetValue("FOrgDetail", details_);
+  // The head's fields, those of the organisation left out.
+  void StartEntry(std::span<const Variant> row) {
+    entry_ = Dictionary::RowOf(entry_keys_, [&](std::size_t i) { return Converted(row[fields_[i]]); });
   }
 
-  void AddOrganisation() {
-    const Variant item = rows_->FieldValue(item_);
-    const Variant number = rows_->FieldValue(number_);
-    const Variant name = rows_->FieldValue(name_);
+  // Schemes that follow each other often have a date in common, whose text they then share.
+  Variant Converted(const Variant& value) {
+    if (value.type() != VariantType::Date) return ConvertedValue(value);
+    if (!(value == date_)) {
+      date_text_ = ConvertedValue(value);
+      date_ = value;
+    }
+    return date_text_;
+  }
+
+  void AddOrganisation(std::span<const Variant> row) {
+    const Variant& item = row[item_];
     if (!organisations_.empty()) organisations_ += ",";
     if (EqualsNumber(item, item_class::kAbnormalAccounts)) {
       organisations_ += "往来异常";
     } else if (EqualsNumber(item, item_class::kWholeClass)) {
       organisations_ += all_text_;
     } else {
-      organisations_ += ToText(NullToDefault(number, "")) + "_" + ToText(NullToDefault(name, ""));
+      AppendText(row[number_]);
+      organisations_ += '_';
+      AppendText(row[name_]);
     }
-    details_->Add(New<Dictionary>(detail_keys_, std::vector<Variant>{item, number, name}));
+    const std::array fields = {item_, number_, name_};
+    details_.push_back(Dictionary::RowOf(detail_keys_, [&](std::size_t i) { return row[fields[i]]; }));
+  }
+
+  // The empty text for a Null.
+  void AppendText(const Variant& value) {
+    if (value.IsText()) {
+      organisations_ += value.text();
+    } else if (!value.IsNull()) {
+      organisations_ += ToText(value);
+    }
   }
 
   void FinishEntry() {
-    if (entry_) entry_->SetValue("FOrg", organisations_);
+    if (entry_) {
+      entry_->SetValue("FOrgDetail", Vector::Of(details_));
+      entry_->SetValue("FOrg", organisations_);
+    }
+    details_.clear();
     organisations_.clear();
   }
 
@@ -133,9 +165,13 @@ class SchemeFold {
   std::size_t item_;
   std::size_t number_;
   std::size_t name_;
+  std::vector<std::size_t> fields_;  // of the head
+  Ref<KeyList> entry_keys_;
   Ref<KeyList> detail_keys_ = New<KeyList>(std::vector<Text>{"FItemID", "FNumber", "FName"});
   Ref<Dictionary> entry_;
-  Ref<Vector> details_;
+  std::vector<Variant> details_;
+  Variant date_;
+  Variant date_text_;
   Text organisations_;
 };
 

@@ -1,34 +1,46 @@
 #include "service/row_conversion.h"
 
+#include <array>
+#include <charconv>
+
 #include "platform/automation/conversion.h"
-#include "platform/containers/null_to_default.h"
 
 namespace rebate {
 namespace {
 
-Variant ConvertedValue(Variant value) {
-  value = NullToDefault(std::move(value), "");
-  if (!value.IsText()) return Variant(Trim(ToText(value)));
-  const std::string_view trimmed = Trim(value.text());
-  return trimmed.size() == value.text().size() ? value : Variant(trimmed);
-}
-
 Ref<Dictionary> ConvertRow(const Recordset& recordset) {
-  const std::size_t count = recordset.FieldCount();
+  const std::span<const Variant> values = recordset.Row();
   Ref<KeyList> keys = recordset.Keys();
-  if (keys->size() != count) {  // a name stands twice: the later field overwrites the earlier
+  if (keys->size() != values.size()) {  // a name stands twice: the later field overwrites the earlier
     Ref<Dictionary> row = New<Dictionary>();
-    for (std::size_t i = 0; i < count; ++i)
-      row->SetValue(recordset.FieldName(i), ConvertedValue(recordset.FieldValue(i)));
+    for (std::size_t i = 0; i < values.size(); ++i) row->SetValue(recordset.FieldName(i), ConvertedValue(values[i]));
     return row;
   }
-  std::vector<Variant> values;
-  values.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) values.push_back(ConvertedValue(recordset.FieldValue(i)));
-  return New<Dictionary>(std::move(keys), std::move(values));
+  return Dictionary::RowOf(std::move(keys), [&](std::size_t i) { return ConvertedValue(values[i]); });
 }
 
 }  // namespace
+
+Variant ConvertedValue(const Variant& value) {
+  switch (value.type()) {
+    case VariantType::Null:
+      return "";
+    case VariantType::Text: {
+      const std::string_view trimmed = Trim(value.text());
+      return trimmed.size() == value.text().size() ? value : Variant(trimmed);
+    }
+    case VariantType::Short:
+    case VariantType::Long: {
+      std::array<char, 12> digits;
+      const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value.integer());
+      return std::string_view(digits.data(), end.ptr);
+    }
+    case VariantType::Decimal:
+      return value.text();
+    default:
+      return Trim(ToText(value));
+  }
+}
 
 Ref<Dictionary> RowToDictionary(const RecordsetRef& recordset) {
   try {

@@ -11,6 +11,9 @@ namespace rebate {
 // A converted row holds one text per column, under the column's name: Null as the empty text, everything else by its
 // default text without leading and trailing blanks.
 
+// The text that stands for one value. Raises what has no text.
+Variant ConvertedValue(const Variant& value);
+
 // The row that the recordset stands on, which doesn't move. The null reference at the end, and where a value can't be
 // read or converted.
 Ref<Dictionary> RowToDictionary(const RecordsetRef& recordset);

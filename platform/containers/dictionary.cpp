@@ -11,9 +11,6 @@ namespace {
 
 }  // namespace
 
-Dictionary::Dictionary(Ref<KeyList> keys, std::vector<Variant> values)
-    : keys_(std::move(keys)), values_(std::move(values)) {}
-
 const Text& Dictionary::Key(Long index) const {
   if (index < 1 || index > Count()) throw Error(error_number::kSubscript, "Dictionary", "Subscript out of range");
   if (removed_ == 0) return (*keys_)[static_cast<std::size_t>(index - 1)];
@@ -38,15 +35,15 @@ void Dictionary::SetValue(std::string_view key, Variant value) {
   if (value.IsMissing()) value = {};
   const Variant* slot = Slot(key);
   if (slot != nullptr) {
-    values_[static_cast<std::size_t>(slot - values_.data())] = std::move(value);
+    values_[static_cast<std::size_t>(slot - values_.begin())] = std::move(value);
     return;
   }
   OwnKeys();
-  values_.push_back(std::move(value));
+  values_.Add(std::move(value));
   try {
     keys_->Add(key);
   } catch (...) {
-    values_.pop_back();
+    values_.RemoveLast();
     throw;
   }
 }
@@ -60,19 +57,19 @@ Variant Dictionary::GetValue(std::string_view key, Variant fallback) const {
 void Dictionary::Remove(std::string_view key) {
   const Variant* slot = Slot(key);
   if (slot == nullptr) ThrowNotFound(key);
-  const std::ptrdiff_t at = slot - values_.data();
+  const auto at = static_cast<std::size_t>(slot - values_.begin());
   if (owns_keys_) {
-    keys_->Erase(static_cast<std::size_t>(at));
-    values_.erase(values_.begin() + at);
+    keys_->Erase(at);
+    values_.Erase(at);
   } else {
-    values_[static_cast<std::size_t>(at)] = Variant::Missing();
-    ++removed_;
+    values_[at] = Variant::Missing();
+    removed_ = (removed_ + 1) & 0x7FFFFFFFu;
   }
 }
 
 void Dictionary::Clear() {
   keys_ = nullptr;
-  values_.clear();
+  values_.Clear();
   removed_ = 0;
   owns_keys_ = false;
 }
@@ -85,7 +82,9 @@ void Dictionary::OwnKeys() {
     if (!values_[i].IsMissing()) own->Add((*keys_)[i]);
   }
   // From here on nothing fails.
-  std::erase_if(values_, [](const Variant& value) { return value.IsMissing(); });
+  for (std::size_t i = values_.size(); i > 0; --i) {
+    if (values_[i - 1].IsMissing()) values_.Erase(i - 1);
+  }
   keys_ = std::move(own);
   removed_ = 0;
   owns_keys_ = true;

@@ -1,22 +1,28 @@
 #pragma once
 
 #include <string_view>
-#include <vector>
 
-#include "platform/automation/variant.h"
 #include "platform/containers/key_list.h"
+#include "platform/containers/value_list.h"
 
 namespace rebate {
 
 // A map from text to value that keeps the order in which its keys came. Keys are compared exactly; positions count
 // from 1.
-class Dictionary : public Object {
+class Dictionary : public Object, public MadeWithRoom<Dictionary> {
  public:
   static constexpr std::string_view kClassName = "Dictionary";
 
   Dictionary() = default;
-  // A row: `values[i]` stands under `(*keys)[i]`. The keys are shared, not copied.
-  Dictionary(Ref<KeyList> keys, std::vector<Variant> values);
+  // A row: `value_at(i)` stands under `(*keys)[i]`. The keys are shared, not copied.
+  template <typename ValueAt>
+  static Ref<Dictionary> RowOf(Ref<KeyList> keys, const ValueAt& value_at) {
+    const std::size_t size = keys->size();
+    Ref<Dictionary> row(new (RoomForValues{size}) Dictionary(size));
+    for (std::size_t i = 0; i < size; ++i) row->values_.Add(value_at(i));
+    row->keys_ = std::move(keys);
+    return row;
+  }
 
   Long Count() const { return static_cast<Long>(keys_ ? keys_->size() - removed_ : 0); }
   // Raises 9 outside 1 to Count.
@@ -34,13 +40,15 @@ class Dictionary : public Object {
   const MemberTable& Members() const override;
 
  private:
+  explicit Dictionary(std::size_t places) : values_(Room(), places) {}
+
   const Variant* Slot(std::string_view key) const;
   void OwnKeys();
 
-  Ref<KeyList> keys_;            // null while nothing was ever stored
-  std::vector<Variant> values_;  // Missing marks a removed key of a shared list
-  std::uint32_t removed_ = 0;
-  bool owns_keys_ = false;
+  std::uint32_t removed_ : 31 = 0;
+  std::uint32_t owns_keys_ : 1 = false;
+  Ref<KeyList> keys_;  // null while nothing was ever stored
+  ValueList values_;   // Missing marks a removed key of a shared list
 };
 
 }  // namespace rebate

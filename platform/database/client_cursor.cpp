@@ -22,7 +22,7 @@ struct Condition {
   }
 };
 
-class ClientCursor : public Recordset {
+class ClientCursor final : public Recordset {
  public:
   explicit ClientCursor(Ref<RowSet> rows) : rows_(std::move(rows)) {}
 
@@ -42,6 +42,10 @@ class ClientCursor : public Recordset {
     CheckField(field);
     CheckRow();
     return rows_->Cell(row_, field);
+  }
+  std::span<const Variant> Row() const override {
+    CheckRow();
+    return rows_->Row(row_);
   }
   Ref<KeyList> Keys() const override { return Rows().keys(); }
 

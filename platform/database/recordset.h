@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "platform/automation/variant.h"
@@ -25,6 +26,8 @@ class Recordset : public Object {
   virtual const Text& FieldName(std::size_t field) const = 0;
   // The value in the current row. Raises 3021 at the end.
   virtual Variant FieldValue(std::size_t field) const = 0;
+  // The values of the current row, field by field, as long as the recordset is open. Raises 3021 at the end.
+  virtual std::span<const Variant> Row() const = 0;
   // The names as keys of a row: where two fields bear one name, they share its key.
   virtual Ref<KeyList> Keys() const = 0;
 

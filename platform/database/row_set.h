@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "platform/automation/variant.h"
@@ -16,6 +17,10 @@ class RowSet : public RefCounted {
   const Ref<KeyList>& keys() const { return keys_; }
   std::size_t row_count() const { return names_.empty() ? 0 : cells_.size() / names_.size(); }
   const Variant& Cell(std::size_t row, std::size_t field) const { return cells_[row * names_.size() + field]; }
+
+  std::span<const Variant> Row(std::size_t row) const {
+    return std::span(cells_).subspan(row * names_.size(), names_.size());
+  }
 
   // Values come field by field, row by row.
   void Add(Variant value) { cells_.push_back(std::move(value)); }

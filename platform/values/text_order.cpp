@@ -1,8 +1,8 @@
 #include "platform/values/text_order.h"
 
 #include <algorithm>
+#include <array>
 
-#include "platform/values/ascii.h"
 #include "platform/values/folding.h"
 #include "platform/values/text.h"
 
@@ -16,21 +16,36 @@
 namespace rebate {
 namespace {
 
+constexpr std::array<char, 256> MakeSimpleTable() {
+  std::array<char, 256> table{};
+  for (char c = 'a'; c <= 'z'; ++c) table[static_cast<unsigned char>(c)] = c;
+  for (char c = 'A'; c <= 'Z'; ++c) table[static_cast<unsigned char>(c)] = static_cast<char>(c - 'A' + 'a');
+  for (char c = '0'; c <= '9'; ++c) table[static_cast<unsigned char>(c)] = c;
+  table[' '] = ' ';
+  return table;
+}
+
+// Latin letters, which are made small, digits and blanks as themselves, and 0 for everything else.
+constexpr std::array<char, 256> kSimple = MakeSimpleTable();
+
+char Simple(char c) {
+  return kSimple[static_cast<unsigned char>(c)];
+}
+
 // Latin letters, digits and blanks stand in every collation as they stand in ASCII, and where two texts of them differ
 // first, nothing behind that counts. 2 where others come before a difference.
 int CompareSimple(std::string_view left, std::string_view right) {
   constexpr int kUndecided = 2;
-  const auto simple = [](char c) { return IsLetter(c) || IsDigit(c) || c == ' '; };
   const std::size_t shorter = std::min(left.size(), right.size());
   for (std::size_t at = 0; at < shorter; ++at) {
-    if (!simple(left[at]) || !simple(right[at])) return kUndecided;
-    const char a = AsciiLower(left[at]);
-    const char b = AsciiLower(right[at]);
+    const char a = Simple(left[at]);
+    const char b = Simple(right[at]);
+    if (a == 0 || b == 0) return kUndecided;
     if (a != b) return a < b ? -1 : 1;
   }
   if (left.size() == right.size()) return 0;
   const char next = left.size() > shorter ? left[shorter] : right[shorter];
-  if (!simple(next)) return kUndecided;
+  if (Simple(next) == 0) return kUndecided;
   return left.size() < right.size() ? -1 : 1;
 }
 
@@ -81,6 +96,7 @@ int CompareBySystem(std::string_view, std::string_view) {
 }  // namespace
 
 int CompareInOrder(std::string_view left, std::string_view right) {
+  if (left == right) return 0;
   left = ComparedPart(left);
   right = ComparedPart(right);
   const int simple = CompareSimple(left, right);

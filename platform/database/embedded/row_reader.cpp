@@ -29,42 +29,42 @@ RowReader::RowReader(sqlite3_stmt* statement, std::span<const tsql::ResultColumn
 
 void RowReader::AddRow() {
   const int count = static_cast<int>(columns_.size());
-  for (int column = 0; column < count; ++column) AddValue(column);
+  for (int column = 0; column < count; ++column) {
+    AddValue(sqlite3_column_value(statement_, column), columns_[static_cast<std::size_t>(column)].type);
+  }
 }
 
-void RowReader::AddValue(int column) {
-  if (sqlite3_column_type(statement_, column) == SQLITE_NULL) return rows_->Add(Variant::Null());
-  const tsql::DataType& type = columns_[static_cast<std::size_t>(column)].type;
+void RowReader::AddValue(sqlite3_value* value, const tsql::DataType& type) {
+  if (sqlite3_value_type(value) == SQLITE_NULL) return rows_->Add(Variant::Null());
   switch (type.kind) {
     case tsql::TypeKind::Bit:
-      return rows_->Add(Variant(sqlite3_column_int64(statement_, column) != 0));
+      return rows_->Add(Variant(sqlite3_value_int64(value) != 0));
     case tsql::TypeKind::TinyInt:
     case tsql::TypeKind::SmallInt:
-      return rows_->Add(Variant(static_cast<std::int16_t>(sqlite3_column_int64(statement_, column))));
+      return rows_->Add(Variant(static_cast<std::int16_t>(sqlite3_value_int64(value))));
     case tsql::TypeKind::Int:
     case tsql::TypeKind::BigInt:
-      return rows_->Add(IntegerValue(sqlite3_column_int64(statement_, column), type));
+      return rows_->Add(IntegerValue(sqlite3_value_int64(value), type));
     case tsql::TypeKind::Decimal:
     case tsql::TypeKind::Money:
     case tsql::TypeKind::SmallMoney:
       // A key has the digits that count and no others.
-      return rows_->Add(Variant::Decimal(ColumnText(statement_, column)));
+      return rows_->Add(Variant::Decimal(TextOf(value)));
     case tsql::TypeKind::Float:
-      return rows_->Add(Variant(sqlite3_column_double(statement_, column)));
+      return rows_->Add(Variant(sqlite3_value_double(value)));
     case tsql::TypeKind::Real:
-      return rows_->Add(Variant(static_cast<float>(sqlite3_column_double(statement_, column))));
+      return rows_->Add(Variant(static_cast<float>(sqlite3_value_double(value))));
     case tsql::TypeKind::DateTime:
     case tsql::TypeKind::SmallDateTime:
     case tsql::TypeKind::Date:
     case tsql::TypeKind::DateTime2:
-      return rows_->Add(DateValue(column));
+      return rows_->Add(DateValue(TextOf(value)));
     default:
-      return rows_->AddText(ColumnText(statement_, column));
+      return rows_->AddText(TextOf(value));
   }
 }
 
-Variant RowReader::DateValue(int column) {
-  const std::string_view text = ColumnText(statement_, column);
+Variant RowReader::DateValue(std::string_view text) {
   if (text != last_date_ || last_date_.empty()) {
     const auto moment = ReadStored(text);
     if (!moment) {

@@ -19,8 +19,8 @@ class RowReader {
   const Ref<RowSet>& rows() const { return rows_; }
 
  private:
-  void AddValue(int column);
-  Variant DateValue(int column);
+  void AddValue(sqlite3_value* value, const tsql::DataType& type);
+  Variant DateValue(std::string_view text);
 
   sqlite3_stmt* statement_;
   std::span<const tsql::ResultColumn> columns_;
