@@ -16,7 +16,7 @@ class EmbeddedPlan : public EmbeddedTest {
     sqlite3_open(path_.c_str(), &database);
     RegisterFunctions(database);
     sqlite3_exec(database, "ATTACH ':memory:' AS tempdb", nullptr, nullptr, nullptr);
-    session_ = std::make_unique<Session>(DatabaseHandle(database), path_);
+    session_ = std::make_unique<Session>(DatabaseHandle(database), path_, std::chrono::milliseconds(1000));
   }
   ~EmbeddedPlan() override { session_ = nullptr; }
 

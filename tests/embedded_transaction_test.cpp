@@ -129,7 +129,7 @@ class EmbeddedTransactionLoss : public EmbeddedTransaction {
     sqlite3_open(path_.c_str(), &engine_);
     RegisterFunctions(engine_);
     sqlite3_exec(engine_, "ATTACH ':memory:' AS tempdb", nullptr, nullptr, nullptr);
-    connection_ = New<EmbeddedConnection>(DatabaseHandle(engine_), path_);
+    connection_ = New<EmbeddedConnection>(DatabaseHandle(engine_), path_, kLockWait);
     connection_->Execute("insert into t_t values (1)");
     connection_->BeginWork();
     connection_->Execute("insert into t_t values (2)");

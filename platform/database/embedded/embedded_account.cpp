@@ -41,7 +41,7 @@ ConnectionRef OpenEmbedded(const Text& path, std::chrono::milliseconds lock_wait
   const std::int64_t version = NeedAccount(database.get(), path);
   Configure(database.get(), path);
   if (version < kAccountVersion) UpgradeAccount(database.get(), path);
-  return New<EmbeddedConnection>(std::move(database), path);
+  return New<EmbeddedConnection>(std::move(database), path, lock_wait);
 }
 
 bool IsOfFormerVersion(const Text& path) {
@@ -61,7 +61,7 @@ ConnectionRef CreateEmbedded(const Text& path, std::chrono::milliseconds lock_wa
     DatabaseHandle database = OpenAccountFile(path, lock_wait);
     BuildAccount(database.get(), path);
     Configure(database.get(), path);
-    return New<EmbeddedConnection>(std::move(database), path);
+    return New<EmbeddedConnection>(std::move(database), path, lock_wait);
   } catch (...) {
     RemoveAccountFiles(path);
     throw;

@@ -10,7 +10,8 @@ namespace rebate {
 // A connection to an account in a file.
 class EmbeddedConnection : public Connection, public SelfCheckingStore {
  public:
-  EmbeddedConnection(DatabaseHandle database, Text path) : session_(std::move(database), std::move(path)) {}
+  EmbeddedConnection(DatabaseHandle database, Text path, std::chrono::milliseconds lock_wait)
+      : session_(std::move(database), std::move(path), lock_wait) {}
 
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }

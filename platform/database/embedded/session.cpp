@@ -2,10 +2,11 @@
 
 namespace rebate {
 
-Session::Session(DatabaseHandle database, Text path)
+Session::Session(DatabaseHandle database, Text path, std::chrono::milliseconds lock_wait)
     : database_(std::move(database)),
       path_(std::move(path)),
       catalog_(database_.get(), path_),
+      turn_(WriterQueue::Of(path_), lock_wait),
       begin_reader_(Prepare(database_.get(), "BEGIN", path_)),
       begin_writer_(Prepare(database_.get(), "BEGIN IMMEDIATE", path_)),
       commit_(Prepare(database_.get(), "COMMIT", path_)),
@@ -20,7 +21,13 @@ void Session::Step(sqlite3_stmt* statement) {
 }
 
 void Session::Begin(bool reads_only) {
-  Step(reads_only ? begin_reader_.get() : begin_writer_.get());
+  if (!reads_only && !turn_.Take()) throw SqliteError(nullptr, SQLITE_BUSY, path_);
+  try {
+    Step(reads_only ? begin_reader_.get() : begin_writer_.get());
+  } catch (...) {
+    turn_.Give();
+    throw;
+  }
   begun_ = true;
   try {
     catalog_.NoticeChanges();
@@ -37,7 +44,8 @@ void Session::Rollback() noexcept {
   }
   if (InTransaction()) sound_ = false;
   catalog_.RolledBack();
-  begun_ = lost_ = false;
+  lost_ = false;
+  NoteEnd();
 }
 
 // Where it fails, everything is undone.
@@ -49,7 +57,7 @@ void Session::Commit() {
     throw;
   }
   catalog_.Committed();
-  begun_ = false;
+  NoteEnd();
 }
 
 void Session::EndUnit() noexcept {
@@ -153,7 +161,7 @@ void Session::UndoStatement(AccountCatalog::Mark&& mark) noexcept {
 void Session::NoticeFailure() noexcept {
   if (!begun_ || InTransaction()) return;
   catalog_.RolledBack();
-  begun_ = false;
+  NoteEnd();
   lost_ = unit_open_;
   nesting_ = 0;
 }

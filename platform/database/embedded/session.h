@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "platform/database/embedded/account_catalog.h"
+#include "platform/database/embedded/writer_turn.h"
 
 namespace rebate {
 
@@ -14,7 +15,8 @@ namespace rebate {
 // another one.
 class Session {
  public:
-  Session(DatabaseHandle database, Text path);
+  // A writer waits for those of its process up to `lock_wait`, as SQLite does for those of others.
+  Session(DatabaseHandle database, Text path, std::chrono::milliseconds lock_wait);
 
   sqlite3* database() const { return database_.get(); }
   const Text& path() const { return path_; }
@@ -85,11 +87,17 @@ class Session {
   void EndUnit() noexcept;
   void UndoStatement(AccountCatalog::Mark&& mark) noexcept;
   void Rollback() noexcept;
+  // The transaction is over.
+  void NoteEnd() noexcept {
+    begun_ = false;
+    turn_.Give();
+  }
   bool InTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
 
   DatabaseHandle database_;
   Text path_;
   AccountCatalog catalog_;
+  WriterTurn turn_;
   StatementHandle begin_reader_, begin_writer_, commit_, rollback_, savepoint_, release_;
   bool unit_open_ = false;
   bool begun_ = false;  // the transaction, for the unit or for `begin tran`
