@@ -26,6 +26,14 @@ void CallTrace::Executing(std::string_view text) {
   entries_.push_back({{"execute", text}});
 }
 
+void CallTrace::Withdrawing(std::size_t count) {
+  for (std::size_t at = entries_.size(); at > 0 && count > 0; --at) {
+    if (!entries_[at - 1].contains("execute")) continue;
+    entries_.erase(at - 1);
+    --count;
+  }
+}
+
 void CallTrace::Refused(const Error& error) {
   for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
     if (!entry->contains("execute")) continue;

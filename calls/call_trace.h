@@ -27,6 +27,7 @@ class CallTrace : public CallObserver {
   void VotingComplete() override;
   void Connecting() override;
   void Executing(std::string_view text) override;
+  void Withdrawing(std::size_t count) override;
   void Refused(const Error& error) override;
   void CallingComponent(std::string_view program_id, std::string_view member) override;
   void Swallowing(const Error& error) override;

@@ -91,7 +91,7 @@ bool BaseInfoMgr::SaveSelectedItem(const Text& sDsn, Ref<Dictionary>& dicData, L
     call.Execute(Statement("Delete from t_ItemSelect where FClassTypeID={} And FOrgID={}{}", lType, lOrgID, filter));
     const Long count = dicData ? dicData->Count() : 0;
     for (Long i = 1; i <= count; ++i) {
-      call.Execute(SelectStatement(lType, lOrgID, ToText(dicData->Value(std::to_string(i)))));
+      call.Enqueue(SelectStatement(lType, lOrgID, ToText(dicData->Value(std::to_string(i)))));
     }
     call.Complete();
     done = true;

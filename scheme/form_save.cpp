@@ -52,7 +52,7 @@ class FormSave {
     Clear("t_FL_RebateRange");
     for (Long i = 1; i <= ranges.UBound(); ++i) {
       const Ref<Dictionary> range = RowAt(ranges, i);
-      call_.Execute(
+      call_.Enqueue(
           Statement("Insert into t_FL_RebateRange (FClassTypeID,FLowerLimit,FUpperLimit,FNote,FIndex,FFlag,"
                     "FSchemeID) Values({},{},{},'{}',{},1,{}) \r\n",
                     rebate_type_, FieldText(*range, "FLower"), FieldText(*range, "FUpper"), mode_name_, i, id_));
@@ -106,7 +106,7 @@ class FormSave {
   }
 
   void InsertSelection(std::string_view item, std::string_view organisation) {
-    call_.Execute(Statement("Insert into t_ItemSelect (FClassTypeID,FItemID,FOrgID,FSchemeID) Values({},{},{},{}) \r\n",
+    call_.Enqueue(Statement("Insert into t_ItemSelect (FClassTypeID,FItemID,FOrgID,FSchemeID) Values({},{},{},{}) \r\n",
                             rebate_type_, item, organisation, id_));
   }
 
@@ -119,7 +119,7 @@ class FormSave {
   }
 
   void InsertTotalRule(const Dictionary& row, Long range) {
-    call_.Execute(
+    call_.Enqueue(
         Statement("Insert into t_FL_RebateRule (FClassTypeID,FItemID,FOrgID,FAmtRangeID,FRebateRate,FNote,"
                   "FIndex,FSchemeID,FUnitID) Values({},0,{},{},{},'{}',{},{},{}) \r\n",
                   rebate_type_, FieldText(row, "FOrgID"), range, FieldText(row, "FRebateRate"), mode_name_, index_++,
@@ -127,7 +127,7 @@ class FormSave {
   }
 
   void InsertItemRule(const Dictionary& row, std::string_view organisation, Long range) {
-    call_.Execute(Statement(
+    call_.Enqueue(Statement(
         "Insert into t_FL_RebateRule (FClassTypeID,FItemID,FOrgID,FAmtRangeID,FRebateRate,FNote,"
         "FIndex,FSchemeID,FUnitID,FCheckItemID) Values({},'{}',{},{},{},'{}',{},{},{},'{}') \r\n",
         rebate_type_, DoubleQuotes(FieldText(row, "FItemID")), organisation, range, FieldText(row, "FRebateRate"),
@@ -139,7 +139,7 @@ class FormSave {
     newest_rule_ =
         FirstId(call_, "select top 1 FID from t_FL_RebateRule order by FID desc", [this] { return newest_rule_; });
     for (const Text& item : Split(FieldText(row, "FItemID"), ',')) {
-      call_.Execute(Statement("Insert into t_FL_AllItems(FItemID,FRuleTableID) values ({},{})", item, newest_rule_));
+      call_.Enqueue(Statement("Insert into t_FL_AllItems(FItemID,FRuleTableID) values ({},{})", item, newest_rule_));
     }
   }
 

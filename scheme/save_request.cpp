@@ -24,7 +24,7 @@ SaveRequest ReadRequest(const Dictionary& type, const Dictionary& head, const Re
 
 void StatementList::Run(Call& call) {
   for (const Text& statement : statements_) {
-    if (!statement.empty()) call.Execute(statement);
+    if (!statement.empty()) call.Enqueue(statement);
   }
   statements_.clear();
 }

@@ -21,7 +21,7 @@ struct SaveRequest {
   Ref<Vector> grid_rows;
 };
 
-// Texts that are gathered and then run one by one, in order. The first that is refused ends the run.
+// Texts that are gathered and then run in order. The first that is refused ends the operation.
 class StatementList {
  public:
   void Append(Text statement) { statements_.push_back(std::move(statement)); }

@@ -32,6 +32,13 @@ class Call {
 
   // Runs one text; the null reference where it gives no rows.
   RecordsetRef Execute(std::string_view text) { return connection_->Execute(text); }
+  // Runs one text, perhaps together with later ones. For an operation alone that ends with the first refusal, whichever
+  // text it comes out of, and undoes its work then.
+  void Enqueue(std::string_view text) { connection_->Enqueue(text); }
+  // Runs what is enqueued.
+  void Flush() {
+    if (connection_) connection_->Flush();
+  }
   Connection& connection() { return *connection_; }
 
   // The logged-in user's id, asked for at this moment.
@@ -39,11 +46,13 @@ class Call {
 
   // Lets the connection go and casts the complete vote: the last thing that a successful call does.
   void Complete() {
+    Flush();
     connection_ = nullptr;
     context_.VoteComplete();
   }
   // Lets the connection go and casts the abort vote, on a road that is no failure: the result goes back as it stands.
   void Abort() {
+    Flush();
     connection_ = nullptr;
     context_.VoteAbort();
   }
@@ -70,7 +79,13 @@ class CallFrame {
       OpenDataContext(dsn);
       if (opening == Opening::AbortVote) context_->VoteAbort();
       Call call(*context_, context_->GetConnection());
-      work(call, result);
+      try {
+        work(call, result);
+      } catch (...) {
+        // What is enqueued came before this failure, and so does a refusal of it.
+        call.Flush();
+        throw;
+      }
     } catch (...) {
       const Error error = CurrentError();
       if constexpr (std::is_same_v<Result, Ref<Dictionary>>) {

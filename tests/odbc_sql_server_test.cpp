@@ -12,6 +12,7 @@
 
 #include "platform/automation/conversion.h"
 #include "platform/database/odbc/odbc_account.h"
+#include "platform/database/odbc/statement_words.h"
 #include "platform/values/ascii.h"
 #include "tests/error_of.h"
 #include "tests/postgres_server.h"
@@ -332,6 +333,123 @@ TEST_F(OdbcSqlServer, ALostConnectionIsOpenedAnewForTheNextUnit) {
   account_->BeginWork();
   account_->Execute("insert three");
   account_->CommitWork();
+}
+
+// A plain insert, and how many of them go together.
+Text Insert(const Text& value) {
+  return "insert into t (a,b)\r\nvalues (1,'" + value + "')";
+}
+Text Joined(const Text& value, int count) {
+  Text text;
+  for (int i = 0; i < count; ++i) text += Insert(value) + ";\r\n";
+  return text;
+}
+
+TEST_F(OdbcSqlServer, SendsPlainInsertsOfAUnitTogether) {
+  const auto enqueue = [&](const Text& value, int count) {
+    for (int i = 0; i < count; ++i) account_->Enqueue(Insert(value));
+  };
+  enqueue("alone", 2);
+  EXPECT_EQ(Sent(), (Requests{Insert("alone"), Insert("alone")})) << "outside of a unit each stands by itself";
+  account_->BeginWork();
+  enqueue("a", 3);
+  EXPECT_EQ(Sent(), (Requests{"begin", Insert("a")})) << "the first begins the unit";
+  Value("select shown");
+  EXPECT_EQ(Sent(), (Requests{Joined("a", 2), "select shown"}));
+  enqueue("b", 450);
+  EXPECT_EQ(Sent(), (Requests{Joined("b", 200), Joined("b", 200)}));
+  enqueue(Text(200'000, 'c'), 2);
+  account_->Enqueue("delete from t");
+  EXPECT_EQ(Sent(), (Requests{Joined("b", 50) + Joined(Text(200'000, 'c'), 1), Joined(Text(200'000, 'c'), 1),
+                              "delete from t"}));
+  enqueue("d", 2);
+  account_->CommitWork();
+  EXPECT_EQ(Sent(), (Requests{Joined("d", 2), "commit", "rollback"})) << "the last by the driver itself";
+  account_->BeginWork();
+  account_->Execute("delete from t");
+  enqueue("undone", 2);
+  account_->RollbackWork();
+  EXPECT_EQ(Sent(), (Requests{"begin", "delete from t", "rollback", "rollback"}));
+}
+
+TEST_F(OdbcSqlServer, ARefusedInsertAmongJoinedOnesUndoesTheUnit) {
+  const struct {
+    std::vector<Text> values;
+    bool commits;
+    Long number;
+    const char* words;
+    std::size_t behind;
+  } kCases[] = {
+      {{"refused", "a", "b"}, false, database_error::kConstraint, "Violation by insert into t", 3},
+      {{"a", "refused", "b", "refused"}, false, database_error::kConstraint, "Violation by insert into t", 3},
+      {{"a", "b", "refused"}, true, database_error::kConstraint, "Violation by insert into t", 0},
+      {{"a", "deadlock", "b"}, true, database_error::kConnection, "try again", 1},
+      {{"a", "vanish"}, false, database_error::kConnection, "", 2},
+  };
+  for (const auto& one : kCases) {
+    account_->BeginWork();
+    account_->Execute("delete from t");
+    for (const Text& value : one.values) account_->Enqueue(Insert(value));
+    try {
+      one.commits ? account_->CommitWork() : void(account_->Execute("select shown"));
+      ADD_FAILURE() << one.values[0];
+    } catch (const EnqueuedError& error) {
+      EXPECT_EQ(error.number, one.number) << error.description;
+      EXPECT_NE(error.description.find(one.words), Text::npos) << error.description;
+      EXPECT_EQ(error.behind, one.behind) << one.values[0];
+    }
+    if (!one.commits) {
+      EXPECT_EQ(Failure("insert more").number, database_error::kConnection);
+      EXPECT_NE(ErrorOf([&] { account_->CommitWork(); }).number, 0);
+    }
+    const Requests sent = Sent();
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "commit"), 0) << one.values[0];
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "select shown"), 0) << "nothing runs behind a refusal";
+  }
+}
+
+TEST_F(OdbcSqlServer, AnInsertThatCannotBeCarriedIsRefusedAtItsOwnPlace) {
+  server_.SetCodePage(936);
+  account_ = nullptr;
+  account_ = OpenOdbc(text_ + ";PWD=x");
+  account_->BeginWork();
+  account_->Execute("delete from t");
+  account_->Enqueue(Insert("促销"));
+  Sent();
+  EXPECT_NE(ErrorOf([&] { account_->Enqueue(Insert("😀")); }).description.find("'😀'"), Text::npos);
+  EXPECT_EQ(Sent().front(), Joined("促销", 1)) << "what came before it has run";
+}
+
+TEST(StatementWords, KnowsPlainInserts) {
+  for (const char* plain : {"INSERT INTO #T (a,b)\r\nVALUES (1,'x'';')", "insert into t(a)values(-1.5e-07) \r\n",
+                            "insert into t (a,b,c,d) values (null, N'促', getdate( ), .5)"}) {
+    EXPECT_TRUE(odbc::IsPlainInsert(plain)) << plain;
+  }
+  for (const char* other : {"",
+                            "delete from t",
+                            "insert into t values (1)",
+                            "insert into t (a) values (1) select 1",
+                            "insert into t (a) values (1);",
+                            "insert into t (a) values (1), (2)",
+                            "insert into t (a) select 1",
+                            "insert into t (a) output inserted.a values (1)",
+                            "insert into t (a) values ((select 1))",
+                            "insert into t (a) values (f(1))",
+                            "insert into t (a) values (@@identity)",
+                            "insert into t (a) values (1+1)",
+                            "insert into t (a) values (1 2)",
+                            "insert into t (a) values (,)",
+                            "insert into t (a) values ()",
+                            "insert into t (a) values ('x)",
+                            "insert into t (a) values (1) -- x",
+                            "insert into t (a) values (1) /*",
+                            "insert into t (a) values (default)",
+                            "insert into t (a) values (0x1F)",
+                            "insert into @t (a) values (1)",
+                            "insert into t (a) values (123456789012345678901234567890123456789)",
+                            "insert into [t] (a) values (1)"}) {
+    EXPECT_FALSE(odbc::IsPlainInsert(other)) << other;
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/automation/error.h"
 #include "platform/database/recordset.h"
 
 namespace rebate {
@@ -15,6 +16,14 @@ class BatchListener {
   virtual void Rows(RecordsetRef rows) = 0;       // of one statement, all of them
   virtual void Affected(std::int64_t count) = 0;  // the rows that one statement has written or deleted
   virtual void Message(const Text& message) = 0;  // a line of `print`, or of `raiserror` up to severity 10
+};
+
+// The refusal of a text that was enqueued, raised by whatever sent it: the number and the words are the text's own.
+struct EnqueuedError : Error {
+  EnqueuedError(const Error& refusal, std::size_t behind_in) : Error(refusal), behind(behind_in) {}
+
+  // The texts taken behind the refused one, up to the one that is being executed. None of them stands.
+  std::size_t behind;
 };
 
 // A connection to an account's database. It owns its temporary tables and lives on one thread at a time.
@@ -37,6 +46,14 @@ class Connection : public RefCounted {
   // Runs the text likewise, and tells the listener what it gives and says, also before a statement that is refused. A
   // connection that can't tell all of it tells what Execute and TakeMessages give.
   virtual void ExecuteFor(std::string_view text, BatchListener& listener);
+
+  // Runs a text whose rows nobody reads. A connection that pays for each journey to its server may keep it back, inside
+  // a unit of work, and send it together with others: in order, in front of the next text that is executed, and at the
+  // latest when the work is committed. Raises what Execute raises; the refusal of a text that was kept back comes as an
+  // EnqueuedError out of the call that sends it, undoes the unit of work, and lets nothing more run in it.
+  virtual void Enqueue(std::string_view text) { Execute(text); }
+  // Sends what is kept back; without that it does nothing.
+  virtual void Flush() {}
 
   // Whether it may be used further: false where a failure may have left it other than its user thinks.
   virtual bool IsSound() const { return true; }

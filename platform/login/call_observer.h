@@ -17,7 +17,9 @@ class CallObserver {
   virtual void VotingComplete() = 0;
   virtual void Connecting() = 0;
   virtual void Executing(std::string_view text) = 0;
-  virtual void Refused(const Error& error) = 0;  // the statement that was announced last
+  // The last statements, so many, don't run: they were kept back together with one that is refused.
+  virtual void Withdrawing(std::size_t) {}
+  virtual void Refused(const Error& error) = 0;  // the statement that was announced last and isn't withdrawn
   virtual void CallingComponent(std::string_view program_id, std::string_view member) = 0;
   virtual void Swallowing(const Error&) {}  // the operation failed, and its answer doesn't tell why
   virtual void StoringScheme(Long) {}       // the head of a scheme was written under this id

@@ -27,16 +27,16 @@ class CallConnection : public Connection {
   }
 
   RecordsetRef Execute(std::string_view text) override {
-    CallObserver* observer = TheCallObserver();
-    if (observer == nullptr) [[likely]]
-      return Send(text);
-    try {
-      observer->Executing(text);
-      return Send(text);
-    } catch (const Error& error) {
-      observer->Refused(error);
-      throw;
-    }
+    RecordsetRef rows;
+    Announce(text, [&](Connection& connection) { rows = connection.Execute(text); });
+    return rows;
+  }
+  void Enqueue(std::string_view text) override {
+    Announce(text, [&](Connection& connection) { connection.Enqueue(text); });
+  }
+  void Flush() override {
+    if (!pooled_) return;
+    Observe([&](CallObserver*) { Guard([&] { Live().Flush(); }); });
   }
 
   std::vector<Text> TakeMessages() override { return Live().TakeMessages(); }
@@ -63,11 +63,30 @@ class CallConnection : public Connection {
   }
 
  private:
-  RecordsetRef Send(std::string_view text) {
-    if (!in_unit_) BeginWork();
-    RecordsetRef rows;
-    Guard([&] { rows = Live().Execute(text); });
-    return rows;
+  // Lets `send` send the text, which the observer hears of first.
+  template <typename Send>
+  void Announce(std::string_view text, Send send) {
+    Observe([&](CallObserver* observer) {
+      if (observer != nullptr) observer->Executing(text);
+      if (!in_unit_) BeginWork();
+      Guard([&] { send(Live()); });
+    });
+  }
+
+  // Runs `act` and tells the observer, where there is one, which statement was refused.
+  template <typename Act>
+  static void Observe(Act act) {
+    CallObserver* observer = TheCallObserver();
+    if (observer == nullptr) [[likely]]
+      return act(observer);
+    try {
+      act(observer);
+    } catch (const Error& error) {
+      const auto* enqueued = dynamic_cast<const EnqueuedError*>(&error);
+      if (enqueued != nullptr && enqueued->behind > 0) observer->Withdrawing(enqueued->behind);
+      observer->Refused(error);
+      throw;
+    }
   }
 
   Connection& Live() const {

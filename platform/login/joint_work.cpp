@@ -32,16 +32,22 @@ class JointConnection : public Connection {
   bool IsUndone() const { return undone_; }
 
   RecordsetRef Execute(std::string_view text) override {
-    const bool writes = !OnlyReads(text);
-    if (undone_ && writes) ThrowUndone();
-    call_wrote_ = call_wrote_ || writes;
+    TakeNote(text);
     return connection_->Execute(text);
   }
+  void Enqueue(std::string_view text) override {
+    TakeNote(text);
+    connection_->Enqueue(text);
+  }
+  void Flush() override { connection_->Flush(); }
   std::vector<Text> TakeMessages() override { return connection_->TakeMessages(); }
 
   void BeginWork() override { RollbackWork(); }
   // Of a call that only read, where all is undone.
-  void CommitWork() override { call_wrote_ = false; }
+  void CommitWork() override {
+    Flush();
+    call_wrote_ = false;
+  }
   void RollbackWork() noexcept override {
     if (std::exchange(call_wrote_, false)) Undo();
   }
@@ -57,6 +63,12 @@ class JointConnection : public Connection {
   }
 
  private:
+  void TakeNote(std::string_view text) {
+    const bool writes = !OnlyReads(text);
+    if (undone_ && writes) ThrowUndone();
+    call_wrote_ = call_wrote_ || writes;
+  }
+
   [[noreturn]] static void ThrowUndone() {
     throw Error(database_error::kStatement, "Connection",
                 "The unit of work of these calls was undone by one of them, and takes no more.");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -38,6 +39,19 @@ class OdbcConnection : public Connection {
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
 
+  // Only what follows in a unit that has begun is kept back: what begins one, or stands by itself, may meet a
+  // connection that was closed while idle.
+  void Enqueue(std::string_view text) override {
+    if (unit_ != Unit::Begun || !odbc::IsPlainInsert(text) || !link_->MayJoin(text)) {
+      Run(text, nullptr);
+      return;
+    }
+    if (queue_.size() == kMostQueued || queue_bytes_ + text.size() > kMostQueuedBytes) SendQueue(1);
+    queue_.emplace_back(text);
+    queue_bytes_ += text.size();
+  }
+  void Flush() override { SendQueue(0); }
+
   void BeginWork() override {
     RollbackWork();
     if (link_ && link_->IsDead()) link_ = nullptr;
@@ -47,6 +61,12 @@ class OdbcConnection : public Connection {
   }
 
   void CommitWork() override {
+    try {
+      Flush();
+    } catch (...) {
+      RollbackWork();
+      throw;
+    }
     const Unit unit = std::exchange(unit_, Unit::None);
     reads_.clear();
     if (unit == Unit::Lost) ThrowLost();
@@ -63,14 +83,20 @@ class OdbcConnection : public Connection {
 
   void RollbackWork() noexcept override {
     reads_.clear();
+    queue_.clear();
+    queue_bytes_ = 0;
     if (std::exchange(unit_, Unit::None) == Unit::Begun) Undo();
   }
 
  private:
   // A unit that reads is one that did nothing else so far, on a server where rows that a transaction reads stay locked:
-  // its statements stand by themselves, and lock nothing beyond their end. A unit is lost when the server has undone
-  // what it did so far: the rest of it must not run.
+  // its statements stand by themselves, and lock nothing beyond their end. A unit is lost when what it did so far
+  // is undone, by the server or since it isn't what was meant: the rest of it must not run.
   enum class Unit { None, Ready, Reads, Begun, Lost };
+
+  // A text of more gains little, and keeps the server's answer from its time limit.
+  static constexpr std::size_t kMostQueued = 200;
+  static constexpr std::size_t kMostQueuedBytes = 256 * 1024;
 
   struct Read {
     Text text;
@@ -91,6 +117,7 @@ class OdbcConnection : public Connection {
 
   RecordsetRef Run(std::string_view text, BatchListener* listener) {
     if (unit_ == Unit::Lost) ThrowLost();
+    SendQueue(1);
     const odbc::StatementTraits traits = odbc::TraitsOf(text);
     const bool may_run_twice = NothingIsDone(traits);
     const bool was_open = link_ != nullptr;
@@ -105,6 +132,34 @@ class OdbcConnection : public Connection {
       rows = Perform(text, traits, listener);
     }
     return rows ? OpenRecordset(rows) : nullptr;
+  }
+
+  // Sends what was kept back, with `taken` texts behind it that didn't run yet. A refusal undoes the unit: what its
+  // texts have left behind isn't what they would have left one by one.
+  void SendQueue(std::size_t taken) {
+    const std::vector<Text> inserts = std::exchange(queue_, {});
+    queue_bytes_ = 0;
+    if (inserts.empty()) return;
+    try {
+      const std::optional<odbc::Link::Refusal> refusal = link_->RunJoined(inserts);
+      if (!refusal) {
+        work_stands_ = true;
+        return;
+      }
+      taken += inserts.size() - 1 - refusal->at;
+      std::rethrow_exception(refusal->error);
+    } catch (Error& error) {
+      FaceFailure(error);
+      GiveUp();
+      throw EnqueuedError(error, taken);
+    } catch (...) {
+      GiveUp();
+      throw;
+    }
+  }
+
+  void GiveUp() noexcept {
+    if (std::exchange(unit_, Unit::Lost) == Unit::Begun) Undo();
   }
 
   void NeedLink() {
@@ -215,6 +270,8 @@ class OdbcConnection : public Connection {
   Unit unit_ = Unit::None;
   bool work_stands_ = false;  // a statement of the unit has succeeded
   std::vector<Read> reads_;   // of a unit that reads
+  std::vector<Text> queue_;   // plain inserts of a unit that has begun, not sent yet
+  std::size_t queue_bytes_ = 0;
 };
 
 }  // namespace
