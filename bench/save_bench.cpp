@@ -3,36 +3,10 @@
 
 #include "bench/bench_account.h"
 #include "bench/comparison.h"
-#include "platform/automation/conversion.h"
-#include "service/base_info_mgr.h"
+#include "bench/scheme_to_save.h"
 
 namespace rebate::bench {
 namespace {
-
-constexpr int kRanges = 10;
-constexpr int kOrganisations = 10;
-
-struct Request {
-  Ref<Dictionary> type = Row({{"FRebateType", 2041}, {"FRangeItemClass", 4}});
-  Ref<Dictionary> head = Row({{"FSchemeID", 0}, {"FSchemeName", "bench"}, {"FNote", "note"}});
-  Ref<Vector> ranges = New<Vector>();
-  Ref<Vector> organisations = New<Vector>();
-  Ref<Vector> grid_rows = New<Vector>();
-
-  explicit Request(int rows) {
-    for (int i = 0; i < kRanges; ++i) ranges->Add(Row({{"FLowerLimit", i * 100}, {"FUpperLimit", i * 100 + 100}}));
-    for (int i = 1; i <= kOrganisations; ++i) {
-      organisations->Add(Row({{"FRowID", 0}, {"FItemClassID", 8}, {"FItemID", i}, {"FShowName", "organisation"}}));
-    }
-    for (int i = 1; i <= rows; ++i) {
-      Ref<Vector> goods = New<Vector>();
-      goods->Add(Row({{"FRowID", i}, {"FItemID", 1000 + i}, {"FUnitID", 1}, {"FShowName", "goods"}}));
-      Ref<Vector> rates = New<Vector>();
-      rates->Add(Row({{"FRowID", i}, {"FRebateRate", "2.5"}, {"FIndex", i % kRanges + 1}}));
-      grid_rows->Add(Row({{"FItemIDs", goods}, {"FRebateRates", rates}, {"FZH", 0}}));
-    }
-  }
-};
 
 // The floor's statements and what they write: the rows that a save of the request leaves.
 class HandWriter {
@@ -43,13 +17,13 @@ class HandWriter {
     database_.Run("BEGIN IMMEDIATE");
     head_.Run("bench", 2041, 1, "note");
     const long long id = sqlite3_last_insert_rowid(database_.get());
-    for (int i = 0; i < kRanges; ++i) range_.Run(i * 100, i * 100 + 100, i + 1, id);
-    for (int k = 1; k <= kOrganisations; ++k) {
+    for (int i = 0; i < SchemeToSave::kRanges; ++i) range_.Run(i * 100, i * 100 + 100, i + 1, id);
+    for (int k = 1; k <= SchemeToSave::kOrganisations; ++k) {
       for (int i = 1; i <= rows; ++i) organisation_.Run(id, i, 8, k, "organisation");
     }
     for (int i = 1; i <= rows; ++i) {
       goods_.Run(id, i, 1000 + i, 1, "goods");
-      rate_.Run(id, i, "1", 2.5, i % kRanges + 1);
+      rate_.Run(id, i, "1", 2.5, i % SchemeToSave::kRanges + 1);
     }
     database_.Run("COMMIT");
   }
@@ -82,20 +56,16 @@ void SaveScheme(benchmark::State& state) {
   const int rows = static_cast<int>(state.range(0));
   const BenchAccount account;
   const BenchAccount floor_account;
-  Request request(rows);
-  BaseInfoMgr manager;
+  SchemeToSave scheme(rows);
   PlainDatabase database(account.path());
   HandWriter stored(database);
   PlainDatabase floor_database(floor_account.path());
   HandWriter by_hand(floor_database);
   Comparison comparison(state);
   for (auto _ : state) {
-    Ref<Dictionary> answer;
-    comparison.Work([&] {
-      answer = manager.SaveOneSchemeData(account.dsn(), request.type, request.head, request.ranges,
-                                         request.organisations, request.grid_rows);
-    });
-    Require(ToBoolean(answer->Value("OK")), "the save");
+    bool saved = false;
+    comparison.Work([&] { saved = scheme.Save(account.dsn()); });
+    Require(saved, "the save");
     comparison.Floor([&] { by_hand.Write(rows); });
     stored.Clear();
     by_hand.Clear();

@@ -4,6 +4,7 @@
 #include "service/base_info_mgr.h"
 #include "service/data_rights.h"
 #include "service/row_conversion.h"
+#include "service/statement_list.h"
 #include "service/statement_text.h"
 
 namespace rebate {
@@ -90,9 +91,11 @@ bool BaseInfoMgr::SaveSelectedItem(const Text& sDsn, Ref<Dictionary>& dicData, L
     const Text filter = RightsFilter("FItemID", lType, lUserID);
     call.Execute(Statement("Delete from t_ItemSelect where FClassTypeID={} And FOrgID={}{}", lType, lOrgID, filter));
     const Long count = dicData ? dicData->Count() : 0;
-    for (Long i = 1; i <= count; ++i) {
-      call.Execute(SelectStatement(lType, lOrgID, ToText(dicData->Value(std::to_string(i)))));
-    }
+    RunGathered(call, [&](StatementList& statements) {
+      for (Long i = 1; i <= count; ++i) {
+        statements.Append(SelectStatement(lType, lOrgID, ToText(dicData->Value(std::to_string(i)))));
+      }
+    });
     call.Complete();
     done = true;
   });

@@ -3,6 +3,7 @@
 #include "platform/login/call_observer.h"
 #include "platform/values/calendar.h"
 #include "service/base_info_mgr.h"
+#include "service/statement_list.h"
 #include "service/statement_text.h"
 
 namespace rebate {
@@ -50,24 +51,28 @@ class FormSave {
 
   void ReplaceRanges(const Vector& ranges) {
     Clear("t_FL_RebateRange");
-    for (Long i = 1; i <= ranges.UBound(); ++i) {
-      const Ref<Dictionary> range = RowAt(ranges, i);
-      call_.Execute(
-          Statement("Insert into t_FL_RebateRange (FClassTypeID,FLowerLimit,FUpperLimit,FNote,FIndex,FFlag,"
-                    "FSchemeID) Values({},{},{},'{}',{},1,{}) \r\n",
-                    rebate_type_, FieldText(*range, "FLower"), FieldText(*range, "FUpper"), mode_name_, i, id_));
-    }
+    RunGathered(call_, [&](StatementList& statements) {
+      for (Long i = 1; i <= ranges.UBound(); ++i) {
+        const Ref<Dictionary> range = RowAt(ranges, i);
+        statements.Append(
+            Statement("Insert into t_FL_RebateRange (FClassTypeID,FLowerLimit,FUpperLimit,FNote,FIndex,FFlag,"
+                      "FSchemeID) Values({},{},{},'{}',{},1,{}) \r\n",
+                      rebate_type_, FieldText(*range, "FLower"), FieldText(*range, "FUpper"), mode_name_, i, id_));
+      }
+    });
   }
 
   // A run of adjacent rows with one key is one selection.
   void ReplaceSelection(const Vector& rows) {
     Clear("t_ItemSelect");
-    Text previous;
-    for (Long i = 1; i <= rows.UBound(); ++i) {
-      Text key = FieldText(*RowAt(rows, i), by_total_ ? "FOrgID" : "FItemID");
-      if (key != previous) Select(key);
-      previous = std::move(key);
-    }
+    RunGathered(call_, [&](StatementList& statements) {
+      Text previous;
+      for (Long i = 1; i <= rows.UBound(); ++i) {
+        Text key = FieldText(*RowAt(rows, i), by_total_ ? "FOrgID" : "FItemID");
+        if (key != previous) Select(key, statements);
+        previous = std::move(key);
+      }
+    });
   }
 
   void ReplaceRules(const Vector& rows) {
@@ -93,21 +98,21 @@ class FormSave {
     call_.Execute(Statement("Delete from {} where FClassTypeID={} and FSchemeID={}", table, rebate_type_, id_));
   }
 
-  void Select(const Text& key) {
+  void Select(const Text& key, StatementList& statements) {
     if (by_total_) {
-      InsertSelection("0", key);
+      statements.Append(SelectionInsert("0", key));
       return;
     }
     const std::vector<Text> items = Split(key, ',');
     const std::vector<Text> everyone{"0"};
     for (const Text& organisation : organisations_.empty() ? everyone : organisations_) {
-      for (const Text& item : items) InsertSelection(item, organisation);
+      for (const Text& item : items) statements.Append(SelectionInsert(item, organisation));
     }
   }
 
-  void InsertSelection(std::string_view item, std::string_view organisation) {
-    call_.Execute(Statement("Insert into t_ItemSelect (FClassTypeID,FItemID,FOrgID,FSchemeID) Values({},{},{},{}) \r\n",
-                            rebate_type_, item, organisation, id_));
+  Text SelectionInsert(std::string_view item, std::string_view organisation) const {
+    return Statement("Insert into t_ItemSelect (FClassTypeID,FItemID,FOrgID,FSchemeID) Values({},{},{},{}) \r\n",
+                     rebate_type_, item, organisation, id_);
   }
 
   Long RangeOf(const Dictionary& row) {

@@ -22,11 +22,6 @@ SaveRequest ReadRequest(const Dictionary& type, const Dictionary& head, const Re
 
 }  // namespace
 
-void StatementList::Run(Call& call) {
-  call.ExecuteEach(statements_);
-  statements_.clear();
-}
-
 bool StandsInEveryGridRow(const Dictionary& organisation) {
   return EqualsNumber(organisation.Value("FRowID"), 0);
 }

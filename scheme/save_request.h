@@ -1,11 +1,9 @@
 #pragma once
 
-#include <vector>
-
 #include "platform/automation/conversion.h"
 #include "platform/containers/dictionary.h"
 #include "platform/containers/vector.h"
-#include "service/call_frame.h"
+#include "service/statement_list.h"
 
 namespace rebate {
 
@@ -19,19 +17,6 @@ struct SaveRequest {
   Ref<Vector> ranges;
   Ref<Vector> organisations;
   Ref<Vector> grid_rows;
-};
-
-// Texts that are gathered and then run one by one, in order. The first that is refused ends the run.
-class StatementList {
- public:
-  void Append(Text statement) {
-    if (!statement.empty()) statements_.push_back(std::move(statement));
-  }
-  // Runs the statements and leaves the list empty.
-  void Run(Call& call);
-
- private:
-  std::vector<Text> statements_;
 };
 
 // Row `index` of a list: the null reference where a null stands, error 13 where anything but a row does.

@@ -96,8 +96,12 @@ TEST(Variant, KeepsLongTextsAndArraysThroughCopiesAndMoves) {
 
 TEST(Dictionary, KeepsTheOrderOfKeysThroughRemovals) {
   const Ref<KeyList> shared = New<KeyList>(std::vector<Text>{"a", "b", "c"});
-  Dictionary first(shared, {1, 2, 3});
-  Dictionary second(shared, {4, 5, 6});
+  const auto row = [&](Long from) {
+    return Dictionary::RowOf(shared, [&](std::size_t i) { return Variant(from + static_cast<Long>(i)); });
+  };
+  const Ref<Dictionary> first_row = row(1), second_row = row(4);
+  Dictionary& first = *first_row;
+  Dictionary& second = *second_row;
   first.Remove("b");
   EXPECT_EQ(first.Count(), 2);
   EXPECT_EQ(first.Key(2), "c");

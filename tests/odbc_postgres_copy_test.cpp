@@ -1,8 +1,7 @@
 #ifdef REBATE_HAS_ODBC
 
-#include "model/account_script.h"
 #include "platform/database/odbc/odbc_account.h"
-#include "platform/values/ascii.h"
+#include "tests/postgres_account.h"
 #include "tests/postgres_server.h"
 #include "tests/tool_kit.h"
 
@@ -14,24 +13,6 @@ class OdbcPostgresCopy : public ToolTest {
   static void SetUpTestSuite() { server_ = PostgresServer::Start(); }
   static void TearDownTestSuite() { server_ = nullptr; }
 
-  // The account's tables in the server's own dialect, which has no numbered columns of this kind.
-  void MakeTables() const {
-    Text script;
-    for (std::size_t batch = 0; batch < 2; ++batch) {
-      for (const Text& line : Split(Batches(AccountSchema())[batch].text, '\n')) {
-        if (line.starts_with("create")) script += ";\n";
-        if (!line.starts_with("--")) script += line + "\n";
-      }
-    }
-    for (const auto& [from, to] : {std::pair("identity(1,1) ", ""),
-                                   {"FID as FSchemeID", "FID int generated always as (FSchemeID) stored"},
-                                   {"nvarchar", "varchar"},
-                                   {"datetime", "timestamp"}}) {
-      script = Replace(script, from, to);
-    }
-    OpenOdbc(server_->ConnectionText())->Execute(script);
-  }
-
   static std::unique_ptr<PostgresServer> server_;
 };
 
@@ -39,7 +20,7 @@ std::unique_ptr<PostgresServer> OdbcPostgresCopy::server_;
 
 TEST_F(OdbcPostgresCopy, GoesToAServerAndBack) {
   if (!server_) GTEST_SKIP() << "PostgreSQL and its ODBC driver aren't installed";
-  MakeTables();
+  MakePostgresAccount(*OpenOdbc(server_->ConnectionText()), false);
   EXPECT_EQ(Save("supplier_goods").substr(0, 1), "0");
   EXPECT_EQ(Run({"form", "save", Example("form")}).status, 0);
   Sql("update t_FL_SchemeList set FNote = 'it''s ' + N' 表情😀', FModifyDate = '2026-02-28 12:00:00.997' where "

@@ -12,6 +12,7 @@
 
 #include "platform/automation/conversion.h"
 #include "platform/database/odbc/odbc_account.h"
+#include "platform/database/odbc/statement_words.h"
 #include "platform/values/ascii.h"
 #include "tests/error_of.h"
 #include "tests/postgres_server.h"
@@ -332,6 +333,114 @@ TEST_F(OdbcSqlServer, ALostConnectionIsOpenedAnewForTheNextUnit) {
   account_->BeginWork();
   account_->Execute("insert three");
   account_->CommitWork();
+}
+
+// A plain insert, and how many of them go together.
+Text Insert(const Text& value) {
+  return "insert into t (a,b)\r\nvalues (1,'" + value + "')";
+}
+Text Joined(const Text& value, int count) {
+  Text text;
+  for (int i = 0; i < count; ++i) text += Insert(value) + ";\r\n";
+  return text;
+}
+
+std::vector<Text> Inserts(std::vector<Text> values) {
+  for (Text& value : values) value = Insert(value);
+  return values;
+}
+
+TEST_F(OdbcSqlServer, SendsPlainInsertsOfAUnitTogether) {
+  const auto run = [&](const std::vector<Text>& texts) {
+    std::size_t done = 0;
+    account_->ExecuteEach(texts, done);
+    EXPECT_EQ(done, texts.size());
+    return Sent();
+  };
+  const auto inserts = [](const Text& value, std::size_t count) { return std::vector<Text>(count, Insert(value)); };
+  EXPECT_EQ(run(inserts("a", 2)), inserts("a", 2)) << "outside of a unit each stands by itself";
+  account_->BeginWork();
+  EXPECT_EQ(run(inserts("a", 3)), (Requests{"begin", Insert("a"), Joined("a", 2)})) << "the first begins the unit";
+  EXPECT_EQ(run(inserts("b", 450)), (Requests{Joined("b", 200), Joined("b", 200), Joined("b", 50)}));
+  const Text large = Insert(Text(200'000, 'c'));
+  EXPECT_EQ(run({Insert("d"), Insert("d"), large, large, "delete from t", Insert("d")}),
+            (Requests{Joined("d", 2) + large + ";\r\n", large, "delete from t", Insert("d")}));
+  account_->CommitWork();
+  EXPECT_EQ(Sent(), (Requests{"commit", "rollback"})) << "the last by the driver itself";
+}
+
+TEST_F(OdbcSqlServer, ARefusedInsertAmongJoinedOnesUndoesTheUnit) {
+  const struct {
+    std::vector<Text> values;
+    Long number;
+    const char* words;
+    std::size_t done;
+  } kCases[] = {
+      {{"refused", "a", "b"}, database_error::kConstraint, "Violation by insert into t", 0},
+      {{"a", "refused", "b", "refused"}, database_error::kConstraint, "Violation by insert into t", 1},
+      {{"a", "b", "refused"}, database_error::kConstraint, "Violation by insert into t", 2},
+      {{"a", "deadlock", "b"}, database_error::kConnection, "try again", 1},
+      {{"a", "vanish"}, database_error::kConnection, "", 0},
+  };
+  for (const auto& one : kCases) {
+    account_->BeginWork();
+    account_->Execute("delete from t");
+    std::size_t done = 0;
+    const Error error = ErrorOf([&] { account_->ExecuteEach(Inserts(one.values), done); });
+    EXPECT_EQ(error.number, one.number) << error.description;
+    EXPECT_NE(error.description.find(one.words), Text::npos) << error.description;
+    EXPECT_EQ(done, one.done) << one.values[0];
+    EXPECT_EQ(Failure("insert more").number, database_error::kConnection);
+    EXPECT_NE(ErrorOf([&] { account_->CommitWork(); }).number, 0);
+    const Requests sent = Sent();
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "commit"), 0) << one.values[0];
+  }
+}
+
+TEST_F(OdbcSqlServer, AnInsertThatCannotBeCarriedIsRefusedAtItsOwnPlace) {
+  server_.SetCodePage(936);
+  account_ = nullptr;
+  account_ = OpenOdbc(text_ + ";PWD=x");
+  account_->BeginWork();
+  account_->Execute("delete from t");
+  Sent();
+  std::size_t done = 0;
+  const Error error = ErrorOf([&] { account_->ExecuteEach(Inserts({"促销", "促销", "😀"}), done); });
+  EXPECT_NE(error.description.find("'😀'"), Text::npos);
+  EXPECT_EQ(done, 2u);
+  EXPECT_EQ(Sent().front(), Joined("促销", 2)) << "what came before it has run";
+}
+
+TEST(StatementWords, KnowsPlainInserts) {
+  for (const char* plain : {"INSERT INTO #T (a,b)\r\nVALUES (1,'x'';')", "insert into t(a)values(-1.5e-07) \r\n",
+                            "insert into t (a,b,c,d) values (null, N'促', getdate( ), .5)"}) {
+    EXPECT_TRUE(odbc::IsPlainInsert(plain)) << plain;
+  }
+  for (const char* other : {"",
+                            "delete from t",
+                            "insert into t values (1)",
+                            "insert into t (a) values (1) select 1",
+                            "insert into t (a) values (1);",
+                            "insert into t (a) values (1), (2)",
+                            "insert into t (a) select 1",
+                            "insert into t (a) output inserted.a values (1)",
+                            "insert into t (a) values ((select 1))",
+                            "insert into t (a) values (f(1))",
+                            "insert into t (a) values (@@identity)",
+                            "insert into t (a) values (1+1)",
+                            "insert into t (a) values (1 2)",
+                            "insert into t (a) values (,)",
+                            "insert into t (a) values ()",
+                            "insert into t (a) values ('x)",
+                            "insert into t (a) values (1) -- x",
+                            "insert into t (a) values (1) /*",
+                            "insert into t (a) values (default)",
+                            "insert into t (a) values (0x1F)",
+                            "insert into @t (a) values (1)",
+                            "insert into t (a) values (123456789012345678901234567890123456789)",
+                            "insert into [t] (a) values (1)"}) {
+    EXPECT_FALSE(odbc::IsPlainInsert(other)) << other;
+  }
 }
 
 }  // namespace

@@ -56,8 +56,8 @@ bool PostgresServer::Run(const Text& command) const {
   return std::system(line.c_str()) == 0;
 }
 
-Text PostgresServer::ConnectionText(const Text& password) const {
-  return "Driver=" + FindDriver("psqlodbcw.so") + ";Server=127.0.0.1;Port=" + std::to_string(port_) +
+Text PostgresServer::ConnectionText(const Text& password, int port) {
+  return "Driver=" + FindDriver("psqlodbcw.so") + ";Server=127.0.0.1;Port=" + std::to_string(port) +
          ";Database=postgres;UID=shop;PWD={" + password + "};SSLmode=disable;BoolsAsChar=0";
 }
 

@@ -17,7 +17,10 @@ class PostgresServer {
   PostgresServer& operator=(const PostgresServer&) = delete;
   ~PostgresServer();
 
-  Text ConnectionText(const Text& password = kPassword) const;
+  int port() const { return port_; }
+  Text ConnectionText(const Text& password = kPassword) const { return ConnectionText(password, port_); }
+  // Likewise, where something stands between at `port`.
+  Text ConnectionThrough(int port) const { return ConnectionText(kPassword, port); }
   // Stops it as a crash would.
   void Kill() const;
   void Restart() const;
@@ -26,6 +29,7 @@ class PostgresServer {
   explicit PostgresServer(Text programs);
   // Runs a command of the server's as a user who may.
   bool Run(const Text& command) const;
+  static Text ConnectionText(const Text& password, int port);
 
   Text programs_;
   Text directory_;

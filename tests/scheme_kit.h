@@ -34,10 +34,11 @@ struct SchemeRequest {
     return *this;
   }
 
-  Ref<Dictionary> Save(const TestAccount& account) {
+  Ref<Dictionary> Save(const TestAccount& account) { return Save(account.dsn()); }
+  Ref<Dictionary> Save(const Text& dsn) {
     Ref<Dictionary> type_row = Row({{"FRebateType", type}, {"FRangeItemClass", range_item_class}});
     Ref<Dictionary> head = Row({{"FSchemeID", replaces}, {"FSchemeName", name}, {"FNote", note}});
-    return BaseInfoMgr().SaveOneSchemeData(account.dsn(), type_row, head, ranges, organisations, grid_rows);
+    return BaseInfoMgr().SaveOneSchemeData(dsn, type_row, head, ranges, organisations, grid_rows);
   }
   bool Saves(const TestAccount& account) { return Save(account)->Value("OK") == Variant(true); }
 };

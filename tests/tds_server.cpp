@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/values/ascii.h"
 #include "platform/values/text.h"
 
 namespace rebate {
@@ -250,8 +251,24 @@ Text OneNumber(std::int32_t number) {
   return Columns(columns) + Row(columns, &Column::value) + Done(kCounted, 1);
 }
 
+Text TdsServer::AnswerInserts(const Text& text) {
+  if (text.find("'vanish'") != Text::npos) return {};
+  std::vector<Text> inserts = Split(text, ';');
+  std::erase_if(inserts, [](const Text& insert) { return insert.find("insert") == Text::npos; });
+  Text answer;
+  for (const Text& insert : inserts) {
+    const int more = &insert == &inserts.back() ? 0 : kMore;
+    if (insert.find("'deadlock'") != Text::npos) return answer + Answer("deadlock");
+    answer += insert.find("'refused'") == Text::npos
+                  ? Done(more | kCounted, 1)
+                  : Message(2627, 14, "Violation by " + Text(TrimWhite(insert))) + Done(more | kFailed);
+  }
+  return answer;
+}
+
 Text TdsServer::Answer(const Text& text) {
   Note(text);
+  if (text.starts_with("insert into")) return AnswerInserts(text);
   if (text.find("'CodePage'") != Text::npos && code_page_ != 0) return OneNumber(code_page_);
   if (refuses_options_ && text.starts_with("set ") && text.find(" set ") != Text::npos) {
     return Message(156, 15, "Incorrect syntax near an option.") + Done(kFailed);

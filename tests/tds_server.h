@@ -20,6 +20,8 @@ namespace rebate {
 //   error N    the error of that number
 //   wait       no answer until the client gives up
 //   vanish     no answer: the connection is closed
+//   insert into …;  a count for each of the joined inserts, of which a 'refused' one breaks a key and a 'deadlock' ends
+//              the transaction and the text; a 'vanish' closes the connection
 //   select @…  the number of open transactions
 //   select …   what `SetShown` says
 class TdsServer {
@@ -49,6 +51,7 @@ class TdsServer {
  private:
   void Serve(int client);
   Text Answer(const Text& text);
+  Text AnswerInserts(const Text& text);
   Text AnswerTransaction(const Text& request);
   Text AnswerLogin(const Text& request);
   void Note(const Text& request);

@@ -1,15 +1,8 @@
 #include "platform/containers/value_list.h"
 
-#include <limits>
 #include <new>
 
 namespace rebate {
-namespace {
-
-constexpr std::size_t kMostPlaces = std::numeric_limits<std::int32_t>::max();
-
-}  // namespace
-
 void ValueList::Clear() noexcept {
   std::destroy_n(values_, size_);
   size_ = 0;
@@ -28,7 +21,7 @@ void ValueList::Grow() {
   std::destroy_n(values_, size_);
   if (!lent_) ::operator delete(values_);
   values_ = values;
-  places_ = static_cast<std::uint32_t>(places) & 0x7FFFFFFFu;
+  places_ = static_cast<std::uint32_t>(places) & kMostPlaces;
   lent_ = false;
 }
 

@@ -15,7 +15,9 @@ class ValueList {
   ValueList() = default;
   // Takes raw memory for `places` values, which outlives the list and stays where it is.
   ValueList(void* memory, std::size_t places)
-      : values_(static_cast<Variant*>(memory)), places_(static_cast<std::uint32_t>(places)), lent_(true) {}
+      : values_(static_cast<Variant*>(memory)),
+        places_(static_cast<std::uint32_t>(places) & kMostPlaces),
+        lent_(true) {}
   ValueList(const ValueList&) = delete;
   ValueList& operator=(const ValueList&) = delete;
   ~ValueList() { Clear(); }
@@ -40,6 +42,8 @@ class ValueList {
   void Clear() noexcept;
 
  private:
+  static constexpr std::uint32_t kMostPlaces = 0x7FFFFFFF;
+
   void Grow();
 
   Variant* values_ = nullptr;

@@ -107,6 +107,17 @@ int CompareInOrder(std::string_view left, std::string_view right) {
   return order == 0 ? stable : order < 0 ? -1 : 1;
 }
 
+std::optional<std::uint64_t> OrderPrefix(std::string_view text) {
+  text = ComparedPart(text);
+  std::uint64_t prefix = 0;
+  for (std::size_t at = 0; at < sizeof prefix; ++at) {
+    const char simple = at < text.size() ? Simple(text[at]) : '\0';
+    if (at < text.size() && simple == 0) return std::nullopt;
+    prefix = prefix << 8 | static_cast<unsigned char>(simple);
+  }
+  return prefix;
+}
+
 Text OrderVersion() {
 #if defined(REBATE_HAS_ICU) && !defined(_WIN32)
   UVersionInfo version;

@@ -351,6 +351,7 @@ void BatchRunner::RunQuery(PreparedCommand& prepared) {
   } else {
     RowReader reader(statement, prepared.command.columns);
     for (; StepOnce(prepared, statement) == SQLITE_ROW; ++count) reader.AddRow();
+    reader.Sort(prepared.command.order);
     if (listener_ != nullptr) {
       listener_->Rows(OpenRecordset(reader.rows()));
     } else {

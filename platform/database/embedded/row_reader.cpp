@@ -34,6 +34,12 @@ void RowReader::AddRow() {
   }
 }
 
+void RowReader::Sort(std::span<const tsql::ResultOrder> order) {
+  std::vector<RowOrder> keys;
+  for (const tsql::ResultOrder& key : order) keys.push_back({key.column, key.descending});
+  rows_->Sort(keys);
+}
+
 void RowReader::AddValue(sqlite3_value* value, const tsql::DataType& type) {
   if (sqlite3_value_type(value) == SQLITE_NULL) return rows_->Add(Variant::Null());
   switch (type.kind) {

@@ -16,6 +16,8 @@ class RowReader {
 
   // Adds the row that the statement stands on. Raises where a number doesn't fit its type.
   void AddRow();
+  // Puts the rows that were added in the order.
+  void Sort(std::span<const tsql::ResultOrder> order);
   const Ref<RowSet>& rows() const { return rows_; }
 
  private:

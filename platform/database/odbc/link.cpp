@@ -60,12 +60,13 @@ Error CannotConnect(const Settings& settings, const std::vector<Diagnostic>& dia
                    WithoutSecrets(ToError(diagnostics).description) + "\n" + Advice(diagnostics));
 }
 
-bool IsSqlServer(const Session& session) {
+// The kind of server, as the driver names it; empty where it doesn't.
+std::u16string ServerKind(const Session& session) {
   std::u16string name(128, u'\0');
   SQLSMALLINT bytes = 0;
   const auto size = static_cast<SQLSMALLINT>(name.size() * sizeof(char16_t));
-  if (!SQL_SUCCEEDED(SQLGetInfoW(session.get(), SQL_DBMS_NAME, ToSql(name), size, &bytes))) return false;
-  return name.find(u"SQL Server") != std::u16string::npos;
+  if (!SQL_SUCCEEDED(SQLGetInfoW(session.get(), SQL_DBMS_NAME, ToSql(name), size, &bytes))) return {};
+  return name;
 }
 
 }  // namespace
@@ -107,7 +108,9 @@ Link::Link(const Settings& settings)
   SQLSetConnectAttrW(session_.get(), SQL_ATTR_LOGIN_TIMEOUT, Number(settings.login_timeout), SQL_IS_UINTEGER);
   Connect(settings);
   characters_.emplace(session_);
-  is_sql_server_ = IsSqlServer(session_);
+  const std::u16string kind = ServerKind(session_);
+  is_sql_server_ = kind.find(u"SQL Server") != std::u16string::npos;
+  is_postgres_ = kind.find(u"PostgreSQL") != std::u16string::npos;
   if (is_sql_server_) PrepareSqlServer();
   Isolate();
 }
@@ -161,8 +164,9 @@ void Link::SetOptions() {
   const SQLULEN milliseconds = query_timeout_ * 1000;
   const Text lock_wait =
       query_timeout_ == 0 ? "-1" : std::to_string(milliseconds - std::min<SQLULEN>(500, milliseconds / 10));
-  std::vector<Text> options = {"set textsize 2147483647", "set dateformat mdy", "set lock_timeout " + lock_wait,
-                               "set implicit_transactions off", "set numeric_roundabort off"};
+  std::vector<Text> options = {"set textsize 2147483647",       "set dateformat mdy",
+                               "set lock_timeout " + lock_wait, "set implicit_transactions off",
+                               "set numeric_roundabort off",    "set nocount off"};
   for (const char* option :
        {"ansi_nulls", "ansi_padding", "ansi_warnings", "arithabort", "concat_null_yields_null", "quoted_identifier"}) {
     options.push_back("set " + Text(option) + " on");
@@ -208,6 +212,35 @@ void TellCount(const Statement& statement, BatchListener& listener) {
 
 }  // namespace
 
+template <typename Take>
+Link::Progress Link::RunThrough(std::string_view text, Take take) {
+  const Statement statement(session_.get());
+  SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(query_timeout_), SQL_IS_UINTEGER);
+  const std::u16string wide = ToWide(text);
+  SQLRETURN outcome = SQLExecDirectW(statement.get(), ToSql(wide), static_cast<SQLINTEGER>(wide.size()));
+  Progress progress;
+  for (int refusals = 0; refusals < kMostRefusals;) {
+    try {
+      if (outcome != SQL_NO_DATA) odbc::Check(statement, outcome);
+      take(statement, outcome == SQL_NO_DATA);
+      if (!progress.refusal) ++progress.results;
+    } catch (const Error& error) {
+      if (!progress.refusal) progress.refusal = std::current_exception();
+      if (error.number == database_error::kConnection || error.number == database_error::kTimeout) break;
+      ++refusals;
+    }
+    outcome = SQLMoreResults(statement.get());
+    if (outcome == SQL_NO_DATA) break;
+  }
+  return progress;
+}
+
+Link::Progress Link::RunThrough(std::string_view text) {
+  return RunThrough(text, [](const Statement& statement, bool changed_nothing) {
+    if (!changed_nothing && ColumnCount(statement) > 0) SkipRows(statement);
+  });
+}
+
 Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits, BatchListener* listener) {
   characters_->Sending(text);
   if (is_sql_server_) {
@@ -215,17 +248,12 @@ Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits, Batc
     may_end_ = traits.ends_transaction;
     isolated_ = isolated_ && !traits.sets_isolation;
   }
-  const Statement statement(session_.get());
-  SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(query_timeout_), SQL_IS_UINTEGER);
-
   Ref<RowSet> first;
-  std::exception_ptr refusal;
-  const auto take = [&](SQLRETURN outcome) {
-    if (outcome == SQL_NO_DATA) {  // a change that found no rows
+  const Progress progress = RunThrough(text, [&](const Statement& statement, bool changed_nothing) {
+    if (changed_nothing) {
       if (listener != nullptr) listener->Affected(0);
       return;
     }
-    odbc::Check(statement, outcome);
     if (ColumnCount(statement) == 0) {
       if (listener != nullptr) TellCount(statement, *listener);
       return;
@@ -236,23 +264,45 @@ Ref<RowSet> Link::Run(std::string_view text, const StatementTraits& traits, Batc
     if (listener == nullptr) return;
     characters_->Received(*rows);
     listener->Rows(OpenRecordset(rows));
-  };
-  const std::u16string wide = ToWide(text);
-  SQLRETURN outcome = SQLExecDirectW(statement.get(), ToSql(wide), static_cast<SQLINTEGER>(wide.size()));
-  for (int refusals = 0; refusals < kMostRefusals;) {
-    try {
-      take(outcome);
-    } catch (const Error& error) {
-      if (!refusal) refusal = std::current_exception();
-      if (error.number == database_error::kConnection || error.number == database_error::kTimeout) break;
-      ++refusals;
-    }
-    outcome = SQLMoreResults(statement.get());
-    if (outcome == SQL_NO_DATA) break;
-  }
-  if (refusal) std::rethrow_exception(refusal);
+  });
+  if (progress.refusal) std::rethrow_exception(progress.refusal);
   if (first) characters_->Received(*first);
   return first;
+}
+
+bool Link::MayJoin(std::string_view insert) const {
+  if (!is_postgres_ && !is_sql_server_) return false;
+  // A PostgreSQL may be set to take one for an escape, and see the end of the literal elsewhere.
+  if (is_postgres_ && insert.find('\\') != std::string_view::npos) return false;
+  try {
+    characters_->Sending(insert);
+    return true;
+  } catch (const Error&) {
+    return false;
+  }
+}
+
+std::optional<Link::Refusal> Link::RunJoined(std::span<const Text> inserts) {
+  Text joined;
+  for (const Text& insert : inserts) joined.append(insert).append(";\r\n");
+  const Progress progress = RunThrough(joined);
+  if (!progress.refusal) return std::nullopt;
+  if (is_sql_server_) return Refusal{std::min(progress.results, inserts.size() - 1), progress.refusal};
+  return Refusal{FindRefused(inserts, progress.refusal), progress.refusal};
+}
+
+// Here the joined text was undone as a whole, and its answer doesn't tell which of the texts it was: each by itself
+// does. Where the transaction went with it, nothing can be found out any more.
+std::size_t Link::FindRefused(std::span<const Text> inserts, const std::exception_ptr& refusal) {
+  try {
+    std::rethrow_exception(refusal);
+  } catch (const Error& error) {
+    if (error.number == database_error::kConnection || error.number == database_error::kTimeout) return 0;
+  }
+  for (std::size_t at = 0; at < inserts.size(); ++at) {
+    if (RunThrough(inserts[at]).refusal) return at;
+  }
+  return 0;
 }
 
 void Link::BeginTransaction() {

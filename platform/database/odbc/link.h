@@ -1,7 +1,10 @@
 #pragma once
 
+#include <exception>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <vector>
 
 #include "platform/database/connection.h"
 #include "platform/database/odbc/character_check.h"
@@ -46,6 +49,18 @@ class Link {
   // refused.
   Ref<RowSet> Run(std::string_view text, const StatementTraits& traits, BatchListener* listener = nullptr);
 
+  // Whether it runs texts that are joined, and this one may stand among them: nothing of it would be changed on its
+  // way.
+  bool MayJoin(std::string_view insert) const;
+
+  struct Refusal {
+    std::size_t at;  // the place of the refused text
+    std::exception_ptr error;
+  };
+  // Runs the texts, plain inserts inside of a transaction, as one: the server is asked once. Gives the first refusal
+  // among them; the transaction is then to be undone, since a server may have run those behind it.
+  std::optional<Refusal> RunJoined(std::span<const Text> inserts);
+
   // Makes the statements from now on part of one transaction.
   void BeginTransaction();
   // Each ends the transaction, and the next statement begins a new one. Raises where that fails.
@@ -60,6 +75,19 @@ class Link {
   void LeaveTransactions();
 
  private:
+  // How far a text ran: the results in front of its first refusal, and that one, where there is one.
+  struct Progress {
+    std::size_t results = 0;
+    std::exception_ptr refusal;
+  };
+  // Runs the text to its end. `take` is called with the statement on each of its results, and whether that is a change
+  // that found no rows.
+  template <typename Take>
+  Progress RunThrough(std::string_view text, Take take);
+  Progress RunThrough(std::string_view text);
+  // The place of the text for which the joined ones were refused, 0 where that can't be found out.
+  std::size_t FindRefused(std::span<const Text> inserts, const std::exception_ptr& refusal);
+
   void Connect(const Settings& settings);
   // Sees to it that the transactions are serializable.
   void Isolate();
@@ -76,6 +104,7 @@ class Link {
   Environment environment_;
   Session session_;
   SQLULEN query_timeout_;
+  bool is_postgres_ = false;
   bool is_sql_server_ = false;  // it counts nested transactions, and commits with the last one alone
   bool isolated_ = false;       // transactions are serializable until a text says otherwise
   bool isolates_each_ = false;  // the driver doesn't know how: each transaction is told by a statement

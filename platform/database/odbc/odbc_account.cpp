@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -38,6 +40,20 @@ class OdbcConnection : public Connection {
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
 
+  // Inserts of constants go together. Only those in a unit that has begun: what begins one, or stands by itself, may
+  // meet a connection that was closed while idle.
+  void ExecuteEach(std::span<const Text> texts, std::size_t& done) override {
+    for (done = 0; done < texts.size();) {
+      const std::size_t joined = unit_ == Unit::Begun ? CountJoinable(texts.subspan(done)) : 0;
+      if (joined > 1) {
+        RunJoined(texts.subspan(done, joined), done);
+      } else {
+        Run(texts[done], nullptr);
+        ++done;
+      }
+    }
+  }
+
   void BeginWork() override {
     RollbackWork();
     if (link_ && link_->IsDead()) link_ = nullptr;
@@ -68,9 +84,13 @@ class OdbcConnection : public Connection {
 
  private:
   // A unit that reads is one that did nothing else so far, on a server where rows that a transaction reads stay locked:
-  // its statements stand by themselves, and lock nothing beyond their end. A unit is lost when the server has undone
-  // what it did so far: the rest of it must not run.
+  // its statements stand by themselves, and lock nothing beyond their end. A unit is lost when what it did so far
+  // is undone, by the server or since it isn't what was meant: the rest of it must not run.
   enum class Unit { None, Ready, Reads, Begun, Lost };
+
+  // A text of more gains little, and keeps the server's answer from its time limit.
+  static constexpr std::size_t kMostJoined = 200;
+  static constexpr std::size_t kMostJoinedBytes = 256 * 1024;
 
   struct Read {
     Text text;
@@ -105,6 +125,41 @@ class OdbcConnection : public Connection {
       rows = Perform(text, traits, listener);
     }
     return rows ? OpenRecordset(rows) : nullptr;
+  }
+
+  // So many of the texts, from the first on, may go to the server as one.
+  std::size_t CountJoinable(std::span<const Text> texts) const {
+    std::size_t count = 0;
+    for (std::size_t bytes = 0; count < std::min(texts.size(), kMostJoined); ++count) {
+      bytes += texts[count].size();
+      if (bytes > kMostJoinedBytes || !odbc::IsPlainInsert(texts[count]) || !link_->MayJoin(texts[count])) break;
+    }
+    return count;
+  }
+
+  // A refusal undoes the unit: what the texts have left behind isn't what they would have left one by one.
+  void RunJoined(std::span<const Text> inserts, std::size_t& done) {
+    try {
+      const std::optional<odbc::Link::Refusal> refusal = link_->RunJoined(inserts);
+      if (!refusal) {
+        work_stands_ = true;
+        done += inserts.size();
+        return;
+      }
+      done += refusal->at;
+      std::rethrow_exception(refusal->error);
+    } catch (Error& error) {
+      FaceFailure(error);
+      GiveUp();
+      throw;
+    } catch (...) {
+      GiveUp();
+      throw;
+    }
+  }
+
+  void GiveUp() noexcept {
+    if (std::exchange(unit_, Unit::Lost) == Unit::Begun) Undo();
   }
 
   void NeedLink() {

@@ -30,7 +30,92 @@ bool IsBeyondReading(std::string_view word) {
   return std::any_of(kWords.begin(), kWords.end(), same) || std::any_of(kParts.begin(), kParts.end(), part);
 }
 
+// A number that is written without a blank in it, and that a server can hold.
+bool IsNumber(std::string_view text) {
+  constexpr std::size_t kMostDigits = 38;
+  std::size_t at = 0;
+  const auto skip_sign = [&] { at += at < text.size() && (text[at] == '-' || text[at] == '+') ? 1 : 0; };
+  const auto skip_digits = [&] {
+    const std::size_t start = at;
+    while (at < text.size() && IsDigit(text[at])) ++at;
+    return at - start;
+  };
+  skip_sign();
+  std::size_t digits = skip_digits();
+  if (at < text.size() && text[at] == '.') {
+    ++at;
+    digits += skip_digits();
+  }
+  if (digits == 0 || digits > kMostDigits) return false;
+  if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+    ++at;
+    skip_sign();
+    const std::size_t exponent = skip_digits();
+    if (exponent == 0 || exponent > 2) return false;
+  }
+  return at == text.size();
+}
+
+// Reads a text part by part.
+class InsertReader {
+ public:
+  explicit InsertReader(std::string_view text) : parts_(text) { Step(); }
+
+  bool Read() {
+    return TakeWord("insert") && TakeWord("into") && TakeName() && TakeList(&InsertReader::TakeName) &&
+           TakeWord("values") && TakeList(&InsertReader::TakeValue) && !part_ && !parts_.passed_comment();
+  }
+
+ private:
+  void Step() { part_ = parts_.Next(); }
+  bool Take(bool fits) {
+    if (fits) Step();
+    return fits;
+  }
+  bool TakeWord(std::string_view word) {
+    return Take(part_ && part_->kind == Kind::Word && EqualsIgnoreCase(part_->text, word));
+  }
+  bool TakeSign(char sign) { return Take(IsSign(sign)); }
+  bool IsSign(char sign) const {
+    return part_ && part_->kind == Kind::Other && part_->text.size() == 1 && part_->text[0] == sign;
+  }
+  bool TakeName() {
+    return Take(part_ && part_->kind == Kind::Word && !IsDigit(part_->text[0]) && part_->text[0] != '@');
+  }
+
+  // ( one , one … )
+  bool TakeList(bool (InsertReader::*take_one)()) {
+    if (!TakeSign('(')) return false;
+    do {
+      if (!(this->*take_one)()) return false;
+    } while (TakeSign(','));
+    return TakeSign(')');
+  }
+
+  bool TakeValue() {
+    if (!part_) return false;
+    if (part_->kind == Kind::Literal || part_->kind == Kind::NationalLiteral) return Take(true);
+    if (TakeWord("null")) return true;
+    if (TakeWord("getdate")) return TakeSign('(') && TakeSign(')');
+    // A number's sign, point and exponent are parts of their own.
+    const char* const start = part_->text.data();
+    const char* end = start;
+    while (part_ && !IsSign(',') && !IsSign(')')) {
+      end = part_->text.data() + part_->text.size();
+      Step();
+    }
+    return IsNumber({start, static_cast<std::size_t>(end - start)});
+  }
+
+  StatementParts parts_;
+  std::optional<StatementPart> part_;  // that comes next
+};
+
 }  // namespace
+
+bool IsPlainInsert(std::string_view text) {
+  return InsertReader(text).Read();
+}
 
 std::optional<StatementPart> StatementParts::Next() {
   const auto skips_blank = [&] { return kWhiteSpace.find(text_[at_]) != std::string_view::npos && ++at_ != 0; };
@@ -55,10 +140,12 @@ std::optional<StatementPart> StatementParts::Next() {
 bool StatementParts::SkipComment() {
   const std::string_view rest = text_.substr(at_);
   if (rest.starts_with("--")) {
+    passed_comment_ = true;
     at_ = std::min(text_.find('\n', at_), text_.size());
     return true;
   }
   if (!rest.starts_with("/*")) return false;
+  passed_comment_ = true;
   std::size_t depth = 0;
   while (at_ < text_.size()) {
     const std::string_view two = text_.substr(at_, 2);

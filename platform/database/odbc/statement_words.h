@@ -19,6 +19,8 @@ class StatementParts {
  public:
   explicit StatementParts(std::string_view text) : text_(text) {}
   std::optional<StatementPart> Next();
+  // Whether a comment was passed over so far.
+  bool passed_comment() const { return passed_comment_; }
 
  private:
   bool SkipComment();
@@ -26,6 +28,7 @@ class StatementParts {
 
   std::string_view text_;
   std::size_t at_ = 0;
+  bool passed_comment_ = false;
 };
 
 struct StatementTraits {
@@ -37,6 +40,10 @@ struct StatementTraits {
 };
 
 StatementTraits TraitsOf(std::string_view text);
+
+// Whether the text is one INSERT of one row whose values are all constants (literals, numbers, NULL) or GETDATE(): it
+// reads nothing, says nothing but its count, and stands in any text as it stands alone. What is in doubt is none.
+bool IsPlainInsert(std::string_view text);
 
 // The contents of the plain literals ('…', not N'…'), joined: what a server reads in its code page.
 Text PlainLiterals(std::string_view text);

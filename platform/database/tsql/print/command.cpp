@@ -24,6 +24,39 @@ SqlText PrintStatement(const bound::Query& query) {
   return Finish(state, std::move(sql));
 }
 
+// Whether values of the type sort by what a reader sees of them.
+bool SortsByItsValue(const DataType& type) {
+  return IsText(type.kind) || type.kind == TypeKind::Bit || type.kind == TypeKind::TinyInt ||
+         type.kind == TypeKind::SmallInt || type.kind == TypeKind::Int || type.kind == TypeKind::DateTime ||
+         type.kind == TypeKind::SmallDateTime || type.kind == TypeKind::Date;
+}
+
+// The item that the key is; nothing where it is none of them.
+std::optional<std::size_t> ItemOf(const bound::Core& core, const bound::OrderKey& key) {
+  if (!key.value) return key.position - 1;
+  const auto* wanted = std::get_if<bound::Column>(&key.value->node);
+  for (std::size_t i = 0; wanted != nullptr && i < core.items.size(); ++i) {
+    const auto* column = std::get_if<bound::Column>(&core.items[i].value->node);
+    if (column != nullptr && column->source == wanted->source && column->index == wanted->index) return i;
+  }
+  return std::nullopt;
+}
+
+// Takes the order of a query's rows out of it, where they can be sorted once they are read: the engine would carry each
+// of them through a sorter, whole. Empty where it is the engine's to sort.
+std::vector<ResultOrder> TakeOrder(bound::Query& query) {
+  const bound::Core& core = query.cores.front();
+  if (query.cores.size() > 1 || core.top || core.distinct) return {};
+  std::vector<ResultOrder> order;
+  for (const bound::OrderKey& key : query.order_by) {
+    const std::optional<std::size_t> item = ItemOf(core, key);
+    if (!item || !SortsByItsValue(core.items[*item].value->type)) return {};
+    order.push_back({*item, key.descending});
+  }
+  query.order_by.clear();
+  return order;
+}
+
 void MakeSelectInto(const bound::Query& query, const SelectCore& core, Command& command) {
   command.kind = Command::Kind::SelectInto;
   command.draft = DraftInto(query, core, *core.into);
@@ -93,6 +126,7 @@ Command MakeQuery(BindContext& context, const SelectStatement& statement) {
     command.kind = Command::Kind::Assign;
     PrintAssigning(*query, command);
   } else {
+    command.order = TakeOrder(*query);
     command.sql = PrintStatement(*query);
     for (const bound::OutputColumn& column : query->columns) command.columns.push_back({column.name, column.type});
   }

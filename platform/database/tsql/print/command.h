@@ -6,6 +6,12 @@
 // Statements of Transact-SQL as statements of SQLite.
 namespace rebate::tsql {
 
+// A column of a result by which its rows are to be sorted, as the server sorts its type.
+struct ResultOrder {
+  std::size_t column;
+  bool descending;
+};
+
 struct ResultColumn {
   Text name;
   DataType type;
@@ -43,6 +49,7 @@ struct Command {
   enum class Kind { Query, Assign, Insert, Change, SelectInto };
   Kind kind = Kind::Query;
   SqlText sql;
+  std::vector<ResultOrder> order;           // of a query's rows, which its text leaves to whoever reads them
   std::vector<ResultColumn> columns;        // of a query, and of the columns that an Assign calculates with
   std::vector<RowValue> values;             // of an Assign: to be worked out in this order
   TablePtr target;                          // of an insert or a change
