@@ -18,12 +18,14 @@ void Send(benchmark::State& state, const char* plain_sql, const TextOf& text_of,
   PlainDatabase database(floor_account.path());
   PlainStatement plain(database, plain_sql);
   int i = 0;
+  std::vector<Text> texts(kTimes);
   Comparison comparison(state, kTimes);
   for (auto _ : state) {
+    for (Text& text : texts) text = text_of(++i);
     connection->BeginWork();
     connection->Execute(text_of(++i));
     comparison.Work([&] {
-      for (int k = 0; k < kTimes; ++k) benchmark::DoNotOptimize(connection->Execute(text_of(++i)));
+      for (const Text& text : texts) benchmark::DoNotOptimize(connection->Execute(text));
     });
     connection->RollbackWork();
     database.Run("BEGIN IMMEDIATE");

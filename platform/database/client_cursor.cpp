@@ -115,11 +115,9 @@ class ClientCursor final : public Recordset {
 
 }  // namespace
 
-RowSet::RowSet(std::vector<Text> names) : names_(std::move(names)), keys_(New<KeyList>(names_)) {}
-
 void RowSet::AddText(std::string_view text) {
-  if (cells_.size() >= names_.size()) {
-    const Variant& above = cells_[cells_.size() - names_.size()];
+  if (cells_.size() >= width_) {
+    const Variant& above = cells_[cells_.size() - width_];
     if (above.IsText() && above.text() == text) {
       cells_.push_back(Variant(above));
       return;

@@ -15,18 +15,32 @@ struct RowOrder {
   bool descending;
 };
 
-// A result read whole: names and values, row by row.
-class RowSet : public RefCounted {
+// What the fields of a result are called, which many results can share.
+class FieldNames : public RefCounted {
  public:
-  explicit RowSet(std::vector<Text> names);
+  explicit FieldNames(std::vector<Text> names) : names_(std::move(names)), keys_(New<KeyList>(names_)) {}
 
   const std::vector<Text>& names() const { return names_; }
   const Ref<KeyList>& keys() const { return keys_; }
-  std::size_t row_count() const { return names_.empty() ? 0 : cells_.size() / names_.size(); }
+
+ private:
+  std::vector<Text> names_;
+  Ref<KeyList> keys_;
+};
+
+// A result read whole: names and values, row by row.
+class RowSet : public RefCounted {
+ public:
+  explicit RowSet(Ref<FieldNames> fields) : fields_(std::move(fields)), width_(fields_->names().size()) {}
+  explicit RowSet(std::vector<Text> names) : RowSet(New<FieldNames>(std::move(names))) {}
+
+  const std::vector<Text>& names() const { return fields_->names(); }
+  const Ref<KeyList>& keys() const { return fields_->keys(); }
+  std::size_t row_count() const { return width_ == 0 ? 0 : cells_.size() / width_; }
   const Variant& Cell(std::size_t row, std::size_t field) const { return Row(row)[field]; }
   std::span<const Variant> Row(std::size_t row) const {
     const std::size_t stored = order_.empty() ? row : order_[row];
-    return std::span(cells_).subspan(stored * names_.size(), names_.size());
+    return std::span(cells_).subspan(stored * width_, width_);
   }
 
   // Values come field by field, row by row.
@@ -39,8 +53,8 @@ class RowSet : public RefCounted {
   void Sort(std::span<const RowOrder> keys);
 
  private:
-  std::vector<Text> names_;
-  Ref<KeyList> keys_;
+  Ref<FieldNames> fields_;
+  std::size_t width_;
   std::vector<Variant> cells_;
   std::vector<std::uint32_t> order_;  // where each row stands among the cells; empty where they are in order
 };

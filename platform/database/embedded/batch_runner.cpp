@@ -16,6 +16,16 @@ namespace rebate {
 using tsql::Parameter;
 using tsql::Value;
 
+namespace {
+
+std::vector<Text> NamesOf(std::span<const tsql::ResultColumn> columns) {
+  std::vector<Text> names;
+  for (const tsql::ResultColumn& column : columns) names.push_back(column.name);
+  return names;
+}
+
+}  // namespace
+
 bool BatchRunner::Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> literals) {
   batch_ = &batch;
   literals_ = literals;
@@ -226,6 +236,7 @@ PreparedCommand& BatchRunner::Prepared(Step& step, std::size_t number, const Mak
   if (command.kind != tsql::Command::Kind::SelectInto && !command.sql.text.empty()) {
     prepared->statement = Prepare(session_.database(), command.sql.text, session_.path());
   }
+  if (command.kind == tsql::Command::Kind::Query) prepared->fields = New<FieldNames>(NamesOf(command.columns));
   kept = std::move(prepared);
   return *kept;
 }
@@ -349,7 +360,7 @@ void BatchRunner::RunQuery(PreparedCommand& prepared) {
   if (result_) {
     while (StepOnce(prepared, statement) == SQLITE_ROW) ++count;
   } else {
-    RowReader reader(statement, prepared.command.columns);
+    RowReader reader(statement, prepared.command.columns, prepared.fields);
     for (; StepOnce(prepared, statement) == SQLITE_ROW; ++count) reader.AddRow();
     reader.Sort(prepared.command.order);
     if (listener_ != nullptr) {

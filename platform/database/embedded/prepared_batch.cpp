@@ -1,7 +1,7 @@
 #include "platform/database/embedded/prepared_batch.h"
 
 #include <algorithm>
-#include <limits>
+#include <iterator>
 
 #include "platform/database/tsql/parse/parser.h"
 
@@ -124,18 +124,18 @@ PreparedBatchPtr BatchCache::FindOrMake(std::string_view text) {
   return batch;
 }
 
+// Several at once: each time all of them have to be looked through.
 void BatchCache::MakeRoom() {
-  std::uint64_t oldest = std::numeric_limits<std::uint64_t>::max();
+  std::vector<std::uint64_t> uses;
   for (const auto& [key, batches] : batches_) {
-    for (const PreparedBatchPtr& batch : batches) oldest = std::min(oldest, batch->last_used);
+    for (const PreparedBatchPtr& batch : batches) uses.push_back(batch->last_used);
   }
-  for (auto entry = batches_.begin(); entry != batches_.end(); ++entry) {
-    const auto gone =
-        std::erase_if(entry->second, [oldest](const PreparedBatchPtr& b) { return b->last_used == oldest; });
-    if (gone == 0) continue;
-    if (entry->second.empty()) batches_.erase(entry);
-    --count_;
-    return;
+  const auto last_to_go = uses.begin() + kCapacity / 8;
+  std::nth_element(uses.begin(), last_to_go, uses.end());
+  const auto goes = [bound = *last_to_go](const PreparedBatchPtr& batch) { return batch->last_used <= bound; };
+  for (auto entry = batches_.begin(); entry != batches_.end();) {
+    count_ -= std::erase_if(entry->second, goes);
+    entry = entry->second.empty() ? batches_.erase(entry) : std::next(entry);
   }
 }
 

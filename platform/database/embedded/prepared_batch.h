@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/database/embedded/sqlite_handles.h"
+#include "platform/database/row_set.h"
 #include "platform/database/tsql/eval/program.h"
 #include "platform/database/tsql/print/command.h"
 
@@ -17,6 +18,7 @@ inline constexpr std::array<std::size_t, 2> kRowsTogether = {64, 8};
 struct PreparedCommand {
   tsql::Command command;
   StatementHandle statement;                // null where the command needs no row
+  Ref<FieldNames> fields;                   // of a query
   std::vector<tsql::Program> calculations;  // of the command's values, or of those of its row by row update
   StatementHandle select_rows, remove_row, insert_row;
   std::array<StatementHandle, kRowsTogether.size()> together;  // of an insert: of as many rows as kRowsTogether says
@@ -61,7 +63,7 @@ struct PreparedBatch {
 
 using PreparedBatchPtr = std::shared_ptr<PreparedBatch>;
 
-// The batches of a connection, by their templates. The least recently used one goes where there are too many.
+// The batches of a connection, by their templates. Those used least recently go where there are too many.
 class BatchCache {
  public:
   static constexpr std::size_t kCapacity = 512;

@@ -9,12 +9,6 @@
 namespace rebate {
 namespace {
 
-std::vector<Text> NamesOf(std::span<const tsql::ResultColumn> columns) {
-  std::vector<Text> names;
-  for (const tsql::ResultColumn& column : columns) names.push_back(column.name);
-  return names;
-}
-
 Variant IntegerValue(std::int64_t number, const tsql::DataType& type) {
   const bool fits = number >= std::numeric_limits<Long>::min() && number <= std::numeric_limits<Long>::max();
   if (fits) return Variant(static_cast<Long>(number));
@@ -23,9 +17,6 @@ Variant IntegerValue(std::int64_t number, const tsql::DataType& type) {
 }
 
 }  // namespace
-
-RowReader::RowReader(sqlite3_stmt* statement, std::span<const tsql::ResultColumn> columns)
-    : statement_(statement), columns_(columns), rows_(New<RowSet>(NamesOf(columns))) {}
 
 void RowReader::AddRow() {
   const int count = static_cast<int>(columns_.size());

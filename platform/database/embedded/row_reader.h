@@ -12,7 +12,9 @@ namespace rebate {
 // Reads the rows of a statement, one at a time, as values of their columns' types.
 class RowReader {
  public:
-  RowReader(sqlite3_stmt* statement, std::span<const tsql::ResultColumn> columns);
+  // `names` are those of the columns.
+  RowReader(sqlite3_stmt* statement, std::span<const tsql::ResultColumn> columns, Ref<FieldNames> names)
+      : statement_(statement), columns_(columns), rows_(New<RowSet>(std::move(names))) {}
 
   // Adds the row that the statement stands on. Raises where a number doesn't fit its type.
   void AddRow();
