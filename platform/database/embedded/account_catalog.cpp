@@ -232,35 +232,48 @@ void AccountCatalog::ReturnTo(Mark&& mark) noexcept {
 
 // ---- making ----
 
-void AccountCatalog::Create(const tsql::TableDraft& draft) {
+void AccountCatalog::RefuseTaken(const tsql::TableDraft& draft) {
   CheckName(draft.name);
   if (const TablePtr there = Find(draft.name); there && there->system_source.empty()) RefuseExisting(draft.name);
-  if (IsTemporary(draft.name)) return CreateTemporary(draft);
+}
+
+void AccountCatalog::Create(const tsql::TableDraft& draft) {
+  Making making;
+  if (IsTemporary(draft.name)) return Create(draft, making);
+  RefuseTaken(draft);
   if (IsInternal(LowerKey(draft.name.name))) RefuseExisting(draft.name);
   RefuseTakenNames(draft);
   for (const Text& statement : CreateStatements(draft)) Run(database_, statement, path_);
   ChangePermanent();
 }
 
-void AccountCatalog::CreateTemporary(const tsql::TableDraft& draft) {
-  TableInfo info = InfoOf(draft);
-  info.signature = SignatureOf(info);
-  const std::vector<Text> statements = CreateStatements(draft);
-  TemporaryTable made{std::make_shared<const TableInfo>(std::move(info)), JoinLines(statements),
-                      std::make_shared<Counter>()};
+void AccountCatalog::Create(const tsql::TableDraft& draft, Making& making) {
+  if (!IsTemporary(draft.name)) return Create(draft);
+  RefuseTaken(draft);
+  CreateTemporary(draft, making);
+}
+
+void AccountCatalog::CreateTemporary(const tsql::TableDraft& draft, Making& making) {
+  if (!making.table) {
+    TableInfo info = InfoOf(draft);
+    info.signature = SignatureOf(info);
+    making = {std::make_shared<const TableInfo>(std::move(info)), JoinLines(CreateStatements(draft))};
+  }
+  TemporaryTable made{making.table, making.statements, std::make_shared<Counter>()};
   const Text key = LowerKey(draft.name.name);
   ChangeTemporary();
   if (const auto found = temporary_.find(key); found != temporary_.end()) {
     // The texts tell all of the table but where its numbers start.
     if (found->second.statements == made.statements && found->second.table->signature == made.table->signature) {
       made.table = found->second.table;
+      made.emptier = found->second.emptier;
       found->second = std::move(made);
       return;
     }
     Run(database_, "DROP TABLE " + found->second.table->SqlName(), path_);
     temporary_.erase(found);
   }
-  for (const Text& statement : statements) Run(database_, statement, path_);
+  for (const Text& statement : CreateStatements(draft)) Run(database_, statement, path_);
   temporary_[key] = std::move(made);
 }
 
@@ -336,7 +349,15 @@ void AccountCatalog::DropTemporary(TemporaryTables::iterator found) {
     temporary_.erase(found);
     return;
   }
-  Run(database_, "DELETE FROM " + name, path_);
+  if (!found->second.emptier) {
+    found->second.emptier = {Prepare(database_, "DELETE FROM " + name, path_).release(), FinalizeStatement()};
+  }
+  sqlite3_stmt* const emptier = found->second.emptier.get();
+  {
+    const RunningStatement running(emptier);
+    const int result = sqlite3_step(emptier);
+    if (result != SQLITE_DONE) throw SqliteError(database_, result, path_);
+  }
   found->second.present = false;
   found->second.put_aside = ++put_aside_clock_;
   DropOldestPutAside();

@@ -26,6 +26,7 @@ class AccountCatalog : public tsql::Catalog {
     bool present = true;               // else it is put aside
     bool altered = false;              // it isn't what its statements made: it can't be put aside
     std::uint64_t put_aside = 0;       // when; the later the larger
+    std::shared_ptr<sqlite3_stmt> emptier = {};
   };
   struct NameHash {
     using is_transparent = void;
@@ -54,8 +55,16 @@ class AccountCatalog : public tsql::Catalog {
   // Forgets what it knows of the permanent objects where another connection has changed any.
   void NoticeChanges();
 
+  // What the making of a temporary table of one draft comes to, for whoever makes it often.
+  struct Making {
+    tsql::TablePtr table;
+    Text statements;
+  };
+
   // ---- definitions; each is to run inside Session::Atomically ----
   void Create(const tsql::TableDraft& draft);
+  // Of a temporary table: `making` is empty, or of the same draft.
+  void Create(const tsql::TableDraft& draft, Making& making);
   void Create(const tsql::CreateIndex& statement);
   // `alter table add`.
   void Add(const tsql::TableDraft& draft);
@@ -107,7 +116,8 @@ class AccountCatalog : public tsql::Catalog {
   // Where a table or index of this table changed; `now` is what it is then.
   void Change(tsql::TableInfo now);
 
-  void CreateTemporary(const tsql::TableDraft& draft);
+  void RefuseTaken(const tsql::TableDraft& draft);
+  void CreateTemporary(const tsql::TableDraft& draft, Making& making);
   void DropTemporary(TemporaryTables::iterator found);
   void DropOldestPutAside();
   void DropObject(const tsql::Drop& statement, const tsql::ObjectName& name);

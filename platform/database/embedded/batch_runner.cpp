@@ -476,7 +476,7 @@ void BatchRunner::RunChange(PreparedCommand& prepared) {
 void BatchRunner::RunSelectInto(PreparedCommand& prepared) {
   const tsql::Command& command = prepared.command;
   session_.Atomically([&] {
-    session_.catalog().Create(command.draft);
+    session_.catalog().Create(command.draft, prepared.making);
     if (!prepared.statement) prepared.statement = Prepare(session_.database(), command.sql.text, session_.path());
     sqlite3_stmt* statement = prepared.statement.get();
     BindParameters(prepared, statement, command.sql.parameters);

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/database/embedded/sqlite_handles.h"
+#include "platform/database/embedded/account_catalog.h"
 #include "platform/database/row_set.h"
 #include "platform/database/tsql/eval/program.h"
 #include "platform/database/tsql/print/command.h"
@@ -19,6 +19,7 @@ struct PreparedCommand {
   tsql::Command command;
   StatementHandle statement;                // null where the command needs no row
   Ref<FieldNames> fields;                   // of a query
+  AccountCatalog::Making making;            // of a select into
   std::vector<tsql::Program> calculations;  // of the command's values, or of those of its row by row update
   StatementHandle select_rows, remove_row, insert_row;
   std::array<StatementHandle, kRowsTogether.size()> together;  // of an insert: of as many rows as kRowsTogether says
