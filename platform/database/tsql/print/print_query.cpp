@@ -66,7 +66,7 @@ class CorePrinter {
   void PrintPlain(SqlText& out) {
     SqlText from;
     std::vector<SqlText> conditions;
-    if (!core_.from.empty()) PrintFrom(state_, core_.from, from, conditions);
+    if (!PrintReducedFrom(state_, core_, order_by_, from, conditions)) PrintFrom(state_, core_.from, from);
     SqlText where;
     PrintWhere(state_, core_.where, std::move(conditions), where);
     std::vector<Text> wanted;

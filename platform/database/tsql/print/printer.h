@@ -64,11 +64,19 @@ Text PutInFront(PrintState& state, const bound::Query& query, std::string_view n
 Text NewName(PrintState& state, std::string_view name);
 
 // ---- print_from.cpp ----
-// The sources of a from clause; what must hold between them beyond their own conditions goes to `conditions`.
-void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out,
-               std::vector<SqlText>& conditions);
+// The sources of a from clause.
+void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out);
+// One of them, under a new alias.
+void PrintSource(PrintState& state, const bound::Source& source, SqlText& out);
 // `where` and the conditions, with ` WHERE ` in front; nothing where there are none.
 void PrintWhere(PrintState& state, const bound::ExpressionPtr& where, std::vector<SqlText> conditions, SqlText& out);
+
+// ---- print_reduction.cpp ----
+// The sources of a core whose join a temporary table decides: of each other one there stand in front of the statement
+// the rows alone that can meet the temporary table's, found over indexes from source to source. What must hold between
+// them goes to `conditions`. Gives false, and prints nothing, where the core has no such join.
+bool PrintReducedFrom(PrintState& state, const bound::Core& core, const std::vector<bound::OrderKey>& order_by,
+                      SqlText& out, std::vector<SqlText>& conditions);
 
 // The whole statement: what stands in front of it, then itself.
 SqlText Finish(PrintState& state, SqlText statement);
