@@ -12,12 +12,6 @@ namespace {
 constexpr int kGridRows = 10;
 constexpr int kUnknown = 500'000'000;
 
-// Schemes of two suppliers each, who stand in 20 schemes whatever the account's size.
-StoredShape ShapeOf(int schemes) {
-  return {
-      .schemes = schemes, .organisations = 2, .suppliers = schemes / 10, .goods = 3, .disabled = 20, .customers = 100};
-}
-
 // A request of goods that goes through the check and is then refused by a name that its column doesn't take.
 class Request {
  public:
@@ -82,8 +76,8 @@ class Request {
 // The check of what `make(request, shape)` asks for, which finds so many entries, beside the same on 1,000 schemes.
 template <typename Make>
 void CompareSizes(benchmark::State& state, int entries, const Make& make) {
-  const StoredShape shape = ShapeOf(static_cast<int>(state.range(0)));
-  const StoredShape small_shape = ShapeOf(1000);
+  const StoredShape shape = GrowingShape(static_cast<int>(state.range(0)));
+  const StoredShape small_shape = GrowingShape(1000);
   const BenchAccount& account = StoredSchemes(shape);
   const BenchAccount& small_account = StoredSchemes(small_shape);
   BaseInfoMgr manager;
@@ -215,7 +209,7 @@ void OverlapAllPairs(benchmark::State& state) {
   constexpr int kRows = 50;
   constexpr int kGoods = 3;
   const BenchAccount account;
-  StoreSchemes(account, ShapeOf(1000));
+  StoreSchemes(account, GrowingShape(1000));
   BaseInfoMgr manager;
   Request request(manager);
   for (int k = 0; k < kOrganisations; ++k) request.Organisation(8, kUnknown + k);

@@ -8,6 +8,12 @@ namespace {
 
 constexpr int kStanding = 20;
 
+// A number of seven digits behind the text.
+Text Numbered(std::string_view text, int number) {
+  const Text digits = std::to_string(number);
+  return Text(text) + Text(7 - digits.size(), '0') + digits;
+}
+
 // Runs a statement over the numbers i from 0 to `count` - 1.
 class Numbers {
  public:
@@ -63,6 +69,14 @@ void StoreParts(Numbers& numbers, const StoredShape& shape) {
 }
 
 }  // namespace
+
+Text SupplierNumber(int supplier) {
+  return Numbered("S", supplier);
+}
+
+Text SchemeName(int scheme) {
+  return Numbered("Scheme number ", scheme);
+}
 
 void StoreSchemes(const BenchAccount& account, const StoredShape& shape) {
   PlainDatabase database(account.path());

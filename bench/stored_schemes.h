@@ -20,6 +20,12 @@ struct StoredShape {
   auto operator<=>(const StoredShape&) const = default;
 };
 
+// Schemes by goods of two suppliers each, who stand in 20 of them however many there are; 20 schemes are disabled.
+inline StoredShape GrowingShape(int schemes) {
+  return {
+      .schemes = schemes, .organisations = 2, .suppliers = schemes / 10, .goods = 3, .disabled = 20, .customers = 100};
+}
+
 // Each account is made once and kept to the end of the program.
 const BenchAccount& StoredSchemes(const StoredShape& shape);
 // An account with so many enabled schemes of type 2040, with `organisations` suppliers each out of 10,000.
@@ -33,6 +39,8 @@ inline constexpr int kFirstGoods = 30'000'001;
 inline int SupplierOf(const StoredShape& shape, int scheme, int number) {
   return static_cast<int>((static_cast<long long>(scheme - 1) * shape.organisations + number) % shape.suppliers) + 1;
 }
+Text SupplierNumber(int supplier);
+Text SchemeName(int scheme);
 inline int GoodsOf(const StoredShape& shape, int scheme, int number) {
   return kFirstGoods + (scheme - 1) * shape.goods + number;
 }
