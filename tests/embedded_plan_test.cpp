@@ -1,3 +1,5 @@
+#include <random>
+
 #include "platform/database/embedded/functions.h"
 #include "platform/database/embedded/session.h"
 #include "platform/database/tsql/parse/parser.h"
@@ -104,7 +106,21 @@ TEST_F(EmbeddedPlan, KeysAndIndexesServeTheStatements) {
        "=o.FItemClassID and i.FItemID =o.FItemID where FSchemeID=7 order by o.FRowID,i.FNumber",
        "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
       {"select distinct FSchemeID from VW_FL_SchemeOrg where FSchemeID in (1,2)",
-       "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
+       "SEARCH o USING COVERING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
+      {"select a.FSchemeID from t_FL_SchemeList a where a.FEnable=1 and a.FSchemeID in (SELECT DISTINCT FSchemeID FROM "
+       "VW_FL_SchemeOrg Where (1=1) And FNumber >= 'S01' And FNumber <= 'S01')",
+       "SEARCH a USING INTEGER PRIMARY KEY"},
+      {"SELECT DISTINCT FSchemeID FROM VW_FL_SchemeOrg Where FSchemeID in (select FSchemeID from VW_FL_SchemeOrg where "
+       "FNumber >= 'S01' And FNumber <= 'S01')",
+       "SEARCH i_3 USING INDEX t_Item.IX_Item_Number (FNumber>? AND FNumber<?)"},
+      {"select a.FSchemeID,o.FItemID from t_FL_SchemeList a left join (SELECT DISTINCT FSchemeID, FItemClassID, "
+       "FItemID "
+       "FROM t_FL_AllOrgs) o on a.FSchemeID=o.FSchemeID where a.FEnable=0",
+       "SEARCH t_fl_allorgs USING COVERING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?) LEFT-JOIN"},
+      {"select l.FSchemeName from t_FL_SchemeList l inner join (select FRebateType from t_FL_SchemeList where "
+       "FSchemeID "
+       "=7) e on l.FRebateType=e.FRebateType where l.FEnable=1 and l.FSchemeID<>7",
+       "SEARCH l USING INDEX t_FL_SchemeList.IX_FL_SchemeList_Type (FEnable=? AND FRebateType=?)"},
   };
   for (const auto& one : cases) {
     const std::vector<Text> plan = Plan(MakeSelect(one.text));
@@ -115,6 +131,53 @@ TEST_F(EmbeddedPlan, KeysAndIndexesServeTheStatements) {
       "FSchemeID =7) e on l.FRebateType=e.FRebateType where l.FEnable =1 and l.FSchemeID<>7",
       [](auto& context, const auto& node) { return MakeUpdate(context, node); });
   EXPECT_FALSE(Has(Plan(update), "SCAN")) << Joined(Plan(update));
+}
+
+// What an index changes in a statement's plan, it doesn't change in its answer: doubles and Nulls count as before.
+TEST_F(EmbeddedPlan, IndexesChangeNoAnswer) {
+  const char* queries[] = {
+      "select k.a,o.a,o.b,o.n from k left join (select distinct a,b,n from t) o on k.a=o.a order by k.a,o.b,o.n",
+      "select k.a,o.b,o.n from k inner join (select distinct a,b,n from t) o on k.a=o.a and o.b>1 order by k.a,o.b,o.n",
+      "select k.a from k where k.a in (select distinct a from v where n>='B' and n<='b ') and k.b=1 order by k.a",
+      "select k.a from k where k.a in (select distinct a from v where n>='a' and n<='C') and k.b=1 order by k.a",
+      "select k.a,k.b,j.c from k left join v on k.a=v.a left join t on t.a=k.a and t.b=v.b inner join #j j on j.b=v.b "
+      "and "
+      "j.n=t.n order by k.a,k.b,j.c",
+      "select k.b,v.n,j.c from k left join v on k.a=v.a left join t on t.a=k.a inner join #j j on j.b=v.b and j.n=t.n "
+      "group by k.b,v.n,j.c order by k.b,v.n,j.c",
+      "select v.b,count(*),max(t.b) from k left join v on k.a=v.a left join t on t.a=k.a left join u on u.b=v.b "
+      "inner "
+      "join "
+      "#j j on j.b=v.b group by v.b order by v.b",
+  };
+  Run("create table k (a int not null, b int) create table t (a int, b int, n nvarchar(20)) create table u (b int) "
+      "create table #j (b int, n nvarchar(20), c int) insert into u values (1), (1), (2)");
+  Run("create view v as select a,b,n from t where b<>0 union all select t.a,u.b,t.n from t inner join u on u.b>t.b "
+      "where "
+      "t.b=0");
+  std::mt19937 random(20260103);
+  const auto one_of = [&](std::initializer_list<const char*> values) {
+    return values.begin()[random() % values.size()];
+  };
+  for (int i = 0; i < 12; ++i)
+    Run("insert into k values (" + std::to_string(i) + ',' + one_of({"0", "1", "null"}) + ')');
+  for (int i = 0; i < 80; ++i) {
+    Run(Text("insert into t values (") + one_of({"0", "1", "2", "3", "11", "null"}) + ',' +
+        one_of({"0", "1", "2", "null"}) + ',' + one_of({"'a'", "'B'", "'b'", "'b '", "'Ｂ'", "'c'", "'马'", "null"}) +
+        ')');
+  }
+  for (int i = 0; i < 9; ++i) {
+    Run(Text("insert into #j values (") + one_of({"1", "2", "3", "null"}) + ',' +
+        one_of({"'b'", "'A'", "'c'", "null"}) + ',' + std::to_string(i / 2) + ')');
+  }
+  std::vector<Text> before;
+  for (const char* query : queries) before.push_back(Rows(query));
+  Run("create unique index IK on k (a) create index IT on t (a,b,n) create index IB on t (b,n) create index INB on t "
+      "(n,b) create index IU on u (b)");
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    EXPECT_EQ(Rows(queries[i]), before[i]) << queries[i];
+    EXPECT_GT(before[i].size(), 4u) << queries[i];
+  }
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "platform/database/tsql/print/printer.h"
 
 namespace rebate::tsql {
@@ -28,6 +30,58 @@ const bound::Source* SourceOf(const bound::From& from) {
   return source != nullptr ? *source : nullptr;
 }
 
+// The table of a derived one that is nothing but `select distinct a, b, ... from t`; null where it is anything else.
+const bound::Source* TableMadeDifferent(const bound::Source& derived) {
+  if (!derived.query || derived.query->cores.size() != 1) return nullptr;
+  const bound::Core& core = derived.query->cores.front();
+  const bool plain = core.distinct && !core.top && !core.where && !core.grouped && core.from.size() == 1 &&
+                     std::all_of(core.items.begin(), core.items.end(), [](const bound::Item& item) {
+                       return std::holds_alternative<bound::Column>(item.value->node);
+                     });
+  const bound::Source* source = plain ? SourceOf(*core.from.front()) : nullptr;
+  return source != nullptr && source->table && source->table->system_source.empty() ? source : nullptr;
+}
+
+const bound::Column& ColumnOfItem(const bound::Source& derived, std::size_t item) {
+  return std::get<bound::Column>(derived.query->cores.front().items[item].value->node);
+}
+
+// Whether the condition asks for one value of the source's column.
+bool AsksFor(const bound::Expression& condition, const bound::Source& source, std::size_t column) {
+  if (const auto* both = std::get_if<bound::Logical>(&condition.node)) {
+    return both->conjunction && (AsksFor(*both->left, source, column) || AsksFor(*both->right, source, column));
+  }
+  const auto* comparison = std::get_if<bound::Comparison>(&condition.node);
+  if (comparison == nullptr || comparison->operation != BinaryOperator::Equal) return false;
+  const auto is_asked = [&](const bound::Expression& side) {
+    const auto* asked = std::get_if<bound::Column>(&side.node);
+    return asked != nullptr && asked->source == &source && asked->index == column;
+  };
+  return is_asked(*comparison->left) || is_asked(*comparison->right);
+}
+
+// Whether the derived table is one of different rows which an index finds: it begins with a column that the join asks
+// for, and tells each row from its doubles.
+bool IsLookedUp(const bound::Source& derived, const bound::Joined& join) {
+  const bound::Source* source = TableMadeDifferent(derived);
+  if (source == nullptr || !join.condition || (join.kind != JoinKind::Left && join.kind != JoinKind::Inner))
+    return false;
+  const std::size_t count = derived.columns.size();
+  const auto item_of = [&](const Text& column) {
+    std::size_t item = 0;
+    while (item < count &&
+           ColumnOfItem(derived, item).source->sql_columns[ColumnOfItem(derived, item).index] != SqlName(column)) {
+      ++item;
+    }
+    return item;
+  };
+  return std::any_of(source->table->keys.begin(), source->table->keys.end(), [&](const KeyInfo& key) {
+    if (key.columns.size() != count || !AsksFor(*join.condition, derived, item_of(key.columns.front()))) return false;
+    return std::all_of(key.columns.begin(), key.columns.end(),
+                       [&](const Text& column) { return item_of(column) < count; });
+  });
+}
+
 class FromPrinter {
  public:
   explicit FromPrinter(PrintState& state) : state_(state) {}
@@ -37,7 +91,12 @@ class FromPrinter {
     const bound::Joined& join = std::get<bound::Joined>(from.node);
     Print(*join.left, out);
     out << SqlJoin(join.kind);
-    PrintRight(*join.right, out);
+    const bound::Source* right = SourceOf(*join.right);
+    if (right != nullptr && IsLookedUp(*right, join)) {
+      PrintLookedUp(*right, out);
+    } else {
+      PrintRight(*join.right, out);
+    }
     if (!join.condition) return;
     out << " ON ";
     PrintCondition(state_, *join.condition, out);
@@ -59,6 +118,25 @@ class FromPrinter {
   }
 
  private:
+  // Each row that has no double before it, so that the engine finds them one value at a time.
+  void PrintLookedUp(const bound::Source& derived, SqlText& out) {
+    const Text alias = NewName(state_, derived.name);
+    const bound::Source& source = *TableMadeDifferent(derived);
+    const Text row = NewName(state_, source.name);
+    const Text before = NewName(state_, source.name);
+    SqlText doubles;
+    out << "(SELECT ";
+    for (std::size_t i = 0; i < derived.columns.size(); ++i) {
+      const Text& column = source.sql_columns[ColumnOfItem(derived, i).index];
+      out << (i > 0 ? "," : "") << row << '.' << column << " AS " << derived.sql_columns[i];
+      doubles << before << '.' << column << " IS " << row << '.' << column << " AND ";
+    }
+    const Text table = source.table->SqlName();
+    out << " FROM " << table << " AS " << row << " WHERE NOT EXISTS(SELECT 1 FROM " << table << " AS " << before
+        << " WHERE " << std::move(doubles) << before << "._rowid_<" << row << "._rowid_)) AS " << alias;
+    state_.aliases[&derived] = alias;
+  }
+
   void PrintRight(const bound::From& from, SqlText& out) {
     const bool join = JoinOf(from) != nullptr;
     if (join) out << '(';

@@ -2,7 +2,6 @@
 #include <set>
 
 #include "platform/database/tsql/print/printer.h"
-#include "platform/values/ascii.h"
 
 namespace rebate::tsql {
 namespace {
@@ -55,30 +54,6 @@ class ColumnUse {
   bool plain_ = true;
   bool has_aggregate_ = false;
 };
-
-// ---- indexes ----
-
-// Whether rows of the source are found by a value of the column without reading all of them.
-bool IsServed(const bound::Source& source, std::size_t column);
-
-bool IsServed(const TableInfo& table, const ColumnInfo& column) {
-  const Text& stored = column.alias_of.empty() ? column.name : column.alias_of;
-  return std::any_of(table.keys.begin(), table.keys.end(), [&](const KeyInfo& key) {
-    return EqualsIgnoreCase(key.columns.front(), stored) || EqualsIgnoreCase(key.columns.front(), column.name);
-  });
-}
-
-bool IsServed(const bound::Core& core, std::size_t item) {
-  if (core.top || core.grouped) return false;
-  const auto* column = std::get_if<bound::Column>(&core.items[item].value->node);
-  return column != nullptr && IsServed(*column->source, column->index);
-}
-
-bool IsServed(const bound::Source& source, std::size_t column) {
-  if (source.table) return IsServed(*source.table, source.table->columns[column]);
-  return source.query && std::all_of(source.query->cores.begin(), source.query->cores.end(),
-                                     [&](const bound::Core& core) { return IsServed(core, column); });
-}
 
 // ---- the join ----
 
