@@ -107,6 +107,8 @@ TEST_F(EmbeddedPlan, KeysAndIndexesServeTheStatements) {
        "SEARCH o USING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
       {"select distinct FSchemeID from VW_FL_SchemeOrg where FSchemeID in (1,2)",
        "SEARCH o USING COVERING INDEX t_FL_AllOrgs.IX_FL_AllOrgs_Scheme (FSchemeID=?)"},
+      {"SELECT TOP 1 1  FROM t_FL_SchemeList WHERE FSchemeName ='a name' AND FSchemeID <>7",
+       "SEARCH t_fl_schemelist USING COVERING INDEX t_FL_SchemeList.IX_FL_SchemeList_Name (FSchemeName=?)"},
       {"select a.FSchemeID from t_FL_SchemeList a where a.FEnable=1 and a.FSchemeID in (SELECT DISTINCT FSchemeID FROM "
        "VW_FL_SchemeOrg Where (1=1) And FNumber >= 'S01' And FNumber <= 'S01')",
        "SEARCH a USING INTEGER PRIMARY KEY"},
