@@ -32,6 +32,8 @@ class Call {
 
   // Runs one text; the null reference where it gives no rows.
   RecordsetRef Execute(std::string_view text) { return connection_->Execute(text); }
+  // Likewise, for nothing but the first row.
+  RecordsetRef ExecuteForFirst(std::string_view text) { return connection_->ExecuteForFirst(text); }
   Connection& connection() { return *connection_; }
 
   // The logged-in user's id, asked for at this moment.

@@ -29,6 +29,9 @@ class Connection : public RefCounted {
   // that doesn't parse runs nothing.
   virtual RecordsetRef Execute(std::string_view text) = 0;
 
+  // Runs a text that is one query, for a caller who asks for nothing but its first row: the others may be missing.
+  virtual RecordsetRef ExecuteForFirst(std::string_view text) { return Execute(text); }
+
   // What the last text said beside its rows, in the order in which it did: the lines of `print`, and of `raiserror` up
   // to severity 10. One that was refused halfway has said what came before. They are handed out once; a connection that
   // can't tell them has none.

@@ -32,10 +32,12 @@ class JointConnection : public Connection {
   bool IsUndone() const { return undone_; }
 
   RecordsetRef Execute(std::string_view text) override {
-    const bool writes = !OnlyReads(text);
-    if (undone_ && writes) ThrowUndone();
-    call_wrote_ = call_wrote_ || writes;
+    Note(text);
     return connection_->Execute(text);
+  }
+  RecordsetRef ExecuteForFirst(std::string_view text) override {
+    Note(text);
+    return connection_->ExecuteForFirst(text);
   }
   std::vector<Text> TakeMessages() override { return connection_->TakeMessages(); }
 
@@ -57,6 +59,12 @@ class JointConnection : public Connection {
   }
 
  private:
+  void Note(std::string_view text) {
+    const bool writes = !OnlyReads(text);
+    if (undone_ && writes) ThrowUndone();
+    call_wrote_ = call_wrote_ || writes;
+  }
+
   [[noreturn]] static void ThrowUndone() {
     throw Error(database_error::kStatement, "Connection",
                 "The unit of work of these calls was undone by one of them, and takes no more.");

@@ -13,6 +13,7 @@ class EmbeddedConnection : public Connection, public SelfCheckingStore {
   EmbeddedConnection(DatabaseHandle database, Text path) : session_(std::move(database), std::move(path)) {}
 
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
+  RecordsetRef ExecuteForFirst(std::string_view text) override;
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
   bool IsSound() const override { return session_.sound(); }
   std::vector<Text> TakeMessages() override { return std::exchange(messages_, {}); }
