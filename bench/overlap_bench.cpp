@@ -176,8 +176,9 @@ class HandCheck {
         "o.FItemID=0");
     forget_ = make("DELETE FROM temp.AllOrgs WHERE FItemID=0");
     pair_ = make(
-        "INSERT INTO temp.Pairs SELECT v.*,i1.FNumber,i1.FName,i2.FNumber,i2.FName FROM (SELECT DISTINCT o.FItemID AS "
-        "FOrgID,o.FItemClassID,i.FItemID FROM temp.AllOrgs o LEFT JOIN temp.AllItems i ON o.FRowID=i.FRowID) v LEFT "
+        "INSERT INTO temp.Pairs SELECT v.*,i1.FNumber,i1.FName,i2.FNumber,i2.FName FROM (SELECT o.FItemID AS "
+        "FOrgID,o.FItemClassID,i.FItemID FROM temp.AllOrgs o LEFT JOIN temp.AllItems i ON o.FRowID=i.FRowID GROUP BY "
+        "1,2,3) v LEFT "
         "JOIN t_Item i1 ON v.FOrgID=i1.FItemID AND v.FItemClassID=i1.FItemClassID LEFT JOIN t_Item i2 ON "
         "v.FItemID=i2.FItemID AND i2.FItemClassID=4");
     find_ = make(
