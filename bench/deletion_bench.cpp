@@ -29,7 +29,7 @@ class Turns {
 };
 
 StoredShape ShapeOf(int schemes) {
-  return {.schemes = schemes * kMostTurns * 2, .organisations = 2, .suppliers = 10'000, .goods = 5, .rates = 5};
+  return {.schemes = schemes * kMostTurns * 2, .organisations = 2, .suppliers = 10'000, .goods = 3, .rates = 1};
 }
 
 void DeleteSchemes(benchmark::State& state) {
@@ -59,7 +59,7 @@ void DeleteSchemes(benchmark::State& state) {
   }
   PlainStatement left(database, "SELECT count(*) FROM t_FL_AllItems");
   left.Step();
-  Require(sqlite3_column_int(left.get(), 0) == ShapeOf(schemes).schemes * 5 - (turns.Next() - 1) * 5, "the deletion");
+  Require(sqlite3_column_int(left.get(), 0) == ShapeOf(schemes).schemes * 3 - (turns.Next() - 1) * 3, "the deletion");
 }
 
 void RestoreSchemes(benchmark::State& state) {
