@@ -151,6 +151,10 @@ TEST_F(EmbeddedPlan, IndexesChangeNoAnswer) {
       "inner "
       "join "
       "#j j on j.b=v.b group by v.b order by v.b",
+      "select k.a from k where exists (select 1 from (select t.b from t where t.a=k.a) x inner join #j j on j.b=x.b) "
+      "order by k.a",
+      "select k.a,o.c from k left join (select distinct t.a,t.b,t.n as c from t) o on k.a=o.a where k.b in (select "
+      "distinct b from #j) order by k.a,o.b,o.c",
   };
   Run("create table k (a int not null, b int) create table t (a int, b int, n nvarchar(20)) create table u (b int) "
       "create table #j (b int, n nvarchar(20), c int) insert into u values (1), (1), (2)");

@@ -35,6 +35,7 @@ const bound::Source* TableMadeDifferent(const bound::Source& derived) {
   if (!derived.query || derived.query->cores.size() != 1) return nullptr;
   const bound::Core& core = derived.query->cores.front();
   const bool plain = core.distinct && !core.top && !core.where && !core.grouped && core.from.size() == 1 &&
+                     !derived.query->correlated &&
                      std::all_of(core.items.begin(), core.items.end(), [](const bound::Item& item) {
                        return std::holds_alternative<bound::Column>(item.value->node);
                      });

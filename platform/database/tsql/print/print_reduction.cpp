@@ -16,11 +16,14 @@ const bound::Source* SourceOf(const bound::From& from) {
 // The columns that a core takes from its sources.
 class ColumnUse {
  public:
-  // Nothing where a query stands in an expression, or a column is that of a query around the core.
+  // Nothing where a query stands in an expression, or anything takes a column of a query around the core.
   static std::optional<ColumnUse> Of(const bound::Core& core, const std::vector<bound::OrderKey>& order_by,
                                      const std::vector<const bound::Joined*>& chain) {
     ColumnUse use;
-    for (const bound::SourcePtr& source : core.sources) use.own_.insert(source.get());
+    for (const bound::SourcePtr& source : core.sources) {
+      use.own_.insert(source.get());
+      use.plain_ = use.plain_ && !(source->query && source->query->correlated);
+    }
     for (const bound::Item& item : core.items) use.Add(*item.value);
     for (const bound::ExpressionPtr& group : core.group_by) use.Add(*group);
     for (const bound::OrderKey& key : order_by) use.AddOptional(key.value);
