@@ -28,7 +28,7 @@ BenchAccount::BenchAccount() {
   std::filesystem::create_directories(folder_);
   path_ = folder_ / "bench.db";
   const ConnectionRef connection = ConnectForSetup(DataSource::Parse(dsn()));
-  for (const ScriptBatch& batch : Batches(AccountSchema())) connection->Execute(batch.text);
+  for (const ScriptBatch& batch : AccountBatches(true)) connection->Execute(batch.text);
 }
 
 BenchAccount::~BenchAccount() {

@@ -6,37 +6,101 @@
 namespace rebate::bench {
 namespace {
 
-std::unique_ptr<BenchAccount> AccountOfSchemes(int schemes, int organisations) {
-  auto account = std::make_unique<BenchAccount>();
-  PlainDatabase database(account->path());
-  database.Run("BEGIN");
-  database.Run("INSERT INTO t_User (FUserID,FName) VALUES (1,'Administrator')");
-  PlainStatement item(database, "INSERT INTO t_Item (FItemClassID,FItemID,FNumber,FName) VALUES (8,?,?,?)");
-  for (int i = 1; i <= 10000; ++i) {
-    item.Run(i, ("S" + std::to_string(i)).c_str(), ("Supplier number " + std::to_string(i)).c_str());
+constexpr int kStanding = 20;
+
+// A number of seven digits behind the text.
+Text Numbered(std::string_view text, int number) {
+  const Text digits = std::to_string(number);
+  return Text(text) + Text(7 - digits.size(), '0') + digits;
+}
+
+// Runs a statement over the numbers i from 0 to `count` - 1.
+class Numbers {
+ public:
+  explicit Numbers(PlainDatabase& database) : database_(database) {}
+
+  template <typename... Values>
+  void Run(int count, Text statement, Values... values) {
+    if (count == 0) return;
+    const Text numbers =
+        "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i+1 FROM n WHERE i+1<" + std::to_string(count) + ") ";
+    PlainStatement(database_, numbers + statement + " FROM n").Run(values...);
   }
-  PlainStatement head(database,
-                      "INSERT INTO t_FL_SchemeList (FSchemeNo,FSchemeName,FRebateType,FModifyDate,FCheckerID,FNote,"
-                      "FEnable) VALUES ('0',?,2040,?,1,'A note of some length',1)");
-  PlainStatement organisation(
-      database, "INSERT INTO t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID,FShowName) VALUES (?,1,8,?,'shown')");
-  for (int i = 0; i < schemes; ++i) {
-    const Text date = "2026-01-" + std::to_string(10 + i % 20) + " 08:00:00.000";
-    head.Run(("Scheme number " + std::to_string(i)).c_str(), date.c_str());
-    const long long id = sqlite3_last_insert_rowid(database.get());
-    for (int k = 0; k < organisations; ++k) organisation.Run(id, (i * organisations + k) % 10000 + 1);
+
+ private:
+  PlainDatabase& database_;
+};
+
+void StoreItems(Numbers& numbers, const StoredShape& shape) {
+  const Text item = "INSERT INTO t_Item (FItemClassID,FItemID,FNumber,FName) SELECT ";
+  numbers.Run(shape.suppliers, item + "8,i+1,printf('S%07d',i+1),'Supplier number '||(i+1)");
+  numbers.Run(shape.customers, item + "1,i+?1,printf('C%07d',i+1),'Customer number '||(i+1)", kFirstCustomer);
+  numbers.Run(shape.customers, item + "3,i+?1,printf('E%07d',i+1),'Employee number '||(i+1)", kFirstEmployee);
+}
+
+void StoreHeads(Numbers& numbers, const StoredShape& shape) {
+  numbers.Run(shape.schemes,
+              "INSERT INTO t_FL_SchemeList (FSchemeNo,FSchemeName,FRebateType,FModifyDate,FCheckerID,FNote,FEnable) "
+              "SELECT '0',printf('Scheme number %07d',i+1),?1,'2026-01-'||(10+i%20)||' 08:00:00.000',1,"
+              "'A note of some length',CASE WHEN ?2>0 AND i%?2=0 THEN 0 ELSE 1 END",
+              shape.goods > 0 ? 2041 : 2040, shape.disabled > 0 ? shape.schemes / shape.disabled : 0);
+}
+
+void StoreParts(Numbers& numbers, const StoredShape& shape) {
+  const Text organisation =
+      "INSERT INTO t_FL_AllOrgs (FSchemeID,FRowID,FItemClassID,FItemID,FShowName) SELECT i/?1+1,1,";
+  numbers.Run(shape.schemes * shape.organisations, organisation + "8,i%?2+1,'shown'", shape.organisations,
+              shape.suppliers);
+  if (shape.customers > 0) {
+    numbers.Run(kStanding * shape.customers, organisation + "1,i%?1+?2,'shown'", shape.customers, kFirstCustomer);
+    numbers.Run(kStanding, organisation + "3,0,'shown'", 1);
   }
-  database.Run("COMMIT");
-  return account;
+  numbers.Run(shape.schemes * shape.goods,
+              "INSERT INTO t_FL_AllItems (FSchemeID,FRowID,FItemID,FUnitID,FShowName) SELECT i/?1+1,1,i+?2,1,'shown'",
+              shape.goods, kFirstGoods);
+  numbers.Run(shape.schemes * shape.rates,
+              "INSERT INTO t_FL_RebateRange (FLowerLimit,FUpperLimit,FIndex,FSchemeID) SELECT i%?1*100,i%?1*100+100,"
+              "i%?1+1,i/?1+1",
+              shape.rates);
+  numbers.Run(shape.schemes * shape.rates,
+              "INSERT INTO t_FL_RebateRule (FSchemeID,FRowID,FItemID,FOrgID,FRebateRate,FIndex) SELECT i/?1+1,1,'1',0,"
+              "2.5,i%?1+1",
+              shape.rates);
 }
 
 }  // namespace
 
-const BenchAccount& StoredSchemes(int schemes, int organisations) {
-  static std::map<std::pair<int, int>, std::unique_ptr<BenchAccount>> accounts;
-  std::unique_ptr<BenchAccount>& account = accounts[{schemes, organisations}];
-  if (!account) account = AccountOfSchemes(schemes, organisations);
+Text SupplierNumber(int supplier) {
+  return Numbered("S", supplier);
+}
+
+Text SchemeName(int scheme) {
+  return Numbered("Scheme number ", scheme);
+}
+
+void StoreSchemes(const BenchAccount& account, const StoredShape& shape) {
+  PlainDatabase database(account.path());
+  database.Run("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA cache_size=-1000000; BEGIN");
+  database.Run("INSERT INTO t_User (FUserID,FName) VALUES (1,'Administrator')");
+  Numbers numbers(database);
+  StoreItems(numbers, shape);
+  StoreHeads(numbers, shape);
+  StoreParts(numbers, shape);
+  database.Run("COMMIT; PRAGMA journal_mode=WAL");
+}
+
+const BenchAccount& StoredSchemes(const StoredShape& shape) {
+  static std::map<StoredShape, std::unique_ptr<BenchAccount>> accounts;
+  std::unique_ptr<BenchAccount>& account = accounts[shape];
+  if (!account) {
+    account = std::make_unique<BenchAccount>();
+    StoreSchemes(*account, shape);
+  }
   return *account;
+}
+
+const BenchAccount& StoredSchemes(int schemes, int organisations) {
+  return StoredSchemes({.schemes = schemes, .organisations = organisations});
 }
 
 }  // namespace rebate::bench

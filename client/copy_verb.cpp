@@ -63,7 +63,8 @@ CopyOutcome CopyRows(Connection& source, bool source_is_embedded, Connection& ta
   HoldStill(source, source_is_embedded);
   const Unit writing(target);
   if (!has_tables) {
-    for (const ScriptBatch& batch : Batches(AccountSchema())) target.Execute(batch.text);
+    const bool embedded = DataSource::Parse(options.to).embedded;
+    for (const ScriptBatch& batch : AccountBatches(embedded)) target.Execute(batch.text);
   }
   // The unit of work writes from its start: nobody fills the target between the look at it and the copy.
   target.Execute("update t_FL_SchemeMode set FIndex = FIndex where 1 = 0");

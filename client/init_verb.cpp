@@ -17,8 +17,8 @@ struct InitOptions {
   bool json = false;
 };
 
-std::vector<ScriptBatch> BatchesOf(const InitOptions& options) {
-  std::vector<ScriptBatch> batches = Batches(AccountSchema());
+std::vector<ScriptBatch> BatchesOf(const InitOptions& options, bool embedded) {
+  std::vector<ScriptBatch> batches = AccountBatches(embedded);
   if (options.sample) {
     for (const ScriptBatch& batch : Batches(AccountSample())) batches.push_back(batch);
   }
@@ -43,7 +43,7 @@ void FillAccount(Connection& connection, const std::vector<ScriptBatch>& batches
 void Init(const InitOptions& options, Tool& tool) {
   const Text dsn = options.account.Split().first;
   const DataSource source = DataSource::Parse(dsn);
-  const std::vector<ScriptBatch> batches = BatchesOf(options);
+  const std::vector<ScriptBatch> batches = BatchesOf(options, source.embedded);
   const Text name = source.embedded ? source.path : WithoutSecrets(dsn);
   AccountSetup setup(source);
   {

@@ -94,4 +94,12 @@ std::vector<ScriptBatch> Batches(std::string_view script) {
   return batches;
 }
 
+std::vector<ScriptBatch> AccountBatches(bool embedded) {
+  std::vector<ScriptBatch> batches = Batches(AccountSchema());
+  if (!embedded) return batches;
+  const std::vector<ScriptBatch> indexes = Batches(EmbeddedIndexes());
+  batches.insert(batches.end(), indexes.begin(), indexes.end());
+  return batches;
+}
+
 }  // namespace rebate

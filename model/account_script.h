@@ -11,6 +11,9 @@ namespace rebate {
 // classes.
 std::string_view AccountSchema();
 
+// What an account in a file has further: indexes whose keys a server wouldn't take.
+std::string_view EmbeddedIndexes();
+
 // Fills an account that was just made with a small shop's suppliers, customers, employees, goods, units and users.
 std::string_view AccountSample();
 
@@ -26,5 +29,8 @@ struct ScriptBatch {
 // of quotation marks, brackets or a comment is no such line. Batches of white space alone are left out. Raises, naming
 // the line, for GO with anything else behind it.
 std::vector<ScriptBatch> Batches(std::string_view script);
+
+// The batches that make an account in a file, or on a server.
+std::vector<ScriptBatch> AccountBatches(bool embedded);
 
 }  // namespace rebate

@@ -27,8 +27,7 @@ create table t_FL_SchemeList (
   FRebateMode int,
   FRebateCor nvarchar(4000)
 )
-create index IX_FL_SchemeList_Type on t_FL_SchemeList (FRebateType)
-create index IX_FL_SchemeList_FID on t_FL_SchemeList (FID)
+create index IX_FL_SchemeList_Type on t_FL_SchemeList (FEnable, FRebateType)
 
 create table t_FL_RebateRange (
   FID int identity(1,1) not null primary key,
@@ -69,7 +68,7 @@ create table t_FL_AllOrgs (
   FItemID int,
   FShowName nvarchar(4000)
 )
-create index IX_FL_AllOrgs_Scheme on t_FL_AllOrgs (FSchemeID)
+create index IX_FL_AllOrgs_Scheme on t_FL_AllOrgs (FSchemeID, FItemClassID, FItemID)
 create index IX_FL_AllOrgs_Item on t_FL_AllOrgs (FItemID, FItemClassID)
 
 create table t_FL_AllItems (
@@ -125,7 +124,7 @@ create table t_Item (
   constraint PK_Item primary key (FItemClassID, FItemID)
 )
 create index IX_Item_Item on t_Item (FItemID)
-create index IX_Item_Number on t_Item (FItemClassID, FNumber)
+create index IX_Item_Number on t_Item (FNumber, FItemClassID)
 
 create table t_Supplier (
   FItemID int not null primary key,

@@ -55,7 +55,7 @@ bool BaseInfoMgr::CheckEnableScheme(const Text& sDsn, Long lSchemeID, bool Enabl
     if (enabled == Enabled) return;
     to_flip = true;
     if (Enabled) {
-      const RecordsetRef siblings = call.Execute(EnabledSiblingsQuery(lSchemeID));
+      const RecordsetRef siblings = call.ExecuteForFirst(EnabledSiblingsQuery(lSchemeID));
       if (!siblings->Eof()) {
         msg = SiblingQuestion(ToText(NullToDefault(siblings->FieldValue("FTypeName"), "")),
                               ToText(NullToDefault(siblings->FieldValue("FSchemeName"), "")));

@@ -38,6 +38,8 @@ class Call {
     std::size_t done = 0;
     connection_->ExecuteEach(texts, done);
   }
+  // Likewise, for nothing but the first row.
+  RecordsetRef ExecuteForFirst(std::string_view text) { return connection_->ExecuteForFirst(text); }
   Connection& connection() { return *connection_; }
 
   // The logged-in user's id, asked for at this moment.

@@ -45,7 +45,7 @@ class EmbeddedTest : public testing::Test {
   }
 
   void MakeSchema() {
-    for (const ScriptBatch& batch : Batches(AccountSchema())) Run(batch.text);
+    for (const ScriptBatch& batch : AccountBatches(true)) Run(batch.text);
   }
 
   ScratchFolder folder_;

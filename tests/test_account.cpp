@@ -21,7 +21,7 @@ const Text& TemplateAccount() {
     Text path = folder.File("template.db");
     Template() {
       const ConnectionRef connection = ConnectForSetup(SourceOf(path));
-      for (const ScriptBatch& batch : Batches(AccountSchema())) connection->Execute(batch.text);
+      for (const ScriptBatch& batch : AccountBatches(true)) connection->Execute(batch.text);
     }
   };
   static const Template made;

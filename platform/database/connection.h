@@ -34,6 +34,8 @@ class Connection : public RefCounted {
   // one call for each. Raises the error of the first that is refused, behind which nothing stands. `done` counts the
   // texts that have succeeded, also where it raises; the unit of work must then be undone.
   virtual void ExecuteEach(std::span<const Text> texts, std::size_t& done);
+  // Runs a text that is one query, for a caller who asks for nothing but its first row: the others may be missing.
+  virtual RecordsetRef ExecuteForFirst(std::string_view text) { return Execute(text); }
 
   // What the last text said beside its rows, in the order in which it did: the lines of `print`, and of `raiserror` up
   // to severity 10. One that was refused halfway has said what came before. They are handed out once; a connection that

@@ -28,18 +28,8 @@ class CallConnection : public Connection {
     }
   }
 
-  RecordsetRef Execute(std::string_view text) override {
-    CallObserver* observer = TheCallObserver();
-    if (observer == nullptr) [[likely]]
-      return Send(text);
-    try {
-      observer->Executing(text);
-      return Send(text);
-    } catch (const Error& error) {
-      observer->Refused(error);
-      throw;
-    }
-  }
+  RecordsetRef Execute(std::string_view text) override { return Announce(text, &Connection::Execute); }
+  RecordsetRef ExecuteForFirst(std::string_view text) override { return Announce(text, &Connection::ExecuteForFirst); }
 
   // The observer hears of the texts when it is known which ones ran: of none behind one that was refused.
   void ExecuteEach(std::span<const Text> texts, std::size_t& done) override {
@@ -87,10 +77,25 @@ class CallConnection : public Connection {
   }
 
  private:
-  RecordsetRef Send(std::string_view text) {
+  using Way = RecordsetRef (Connection::*)(std::string_view text);
+
+  RecordsetRef Announce(std::string_view text, Way way) {
+    CallObserver* observer = TheCallObserver();
+    if (observer == nullptr) [[likely]]
+      return Send(text, way);
+    try {
+      observer->Executing(text);
+      return Send(text, way);
+    } catch (const Error& error) {
+      observer->Refused(error);
+      throw;
+    }
+  }
+
+  RecordsetRef Send(std::string_view text, Way way) {
     if (!in_unit_) BeginWork();
     RecordsetRef rows;
-    Guard([&] { rows = Live().Execute(text); });
+    Guard([&] { rows = (Live().*way)(text); });
     return rows;
   }
 

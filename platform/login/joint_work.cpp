@@ -35,6 +35,10 @@ class JointConnection : public Connection {
     Check(!OnlyReads(text));
     return connection_->Execute(text);
   }
+  RecordsetRef ExecuteForFirst(std::string_view text) override {
+    Check(!OnlyReads(text));
+    return connection_->ExecuteForFirst(text);
+  }
   void ExecuteEach(std::span<const Text> texts, std::size_t& done) override {
     done = 0;
     Check(!std::all_of(texts.begin(), texts.end(), OnlyReads));

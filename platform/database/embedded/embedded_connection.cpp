@@ -3,6 +3,7 @@
 #include "platform/database/embedded/batch_runner.h"
 #include "platform/database/embedded/insert_group.h"
 #include "platform/database/tsql/parse/batch_splitter.h"
+#include "platform/values/ascii.h"
 
 namespace rebate {
 namespace {
@@ -11,7 +12,24 @@ RecordsetRef ResultOf(const BatchRunner& runner) {
   return runner.result() ? OpenRecordset(runner.result()) : RecordsetRef();
 }
 
+// A text that begins with a plain select, with a `top 1` in it; any other text as it is.
+Text WithTopOne(std::string_view text) {
+  const auto word_of = [](std::string_view from) {
+    return from.substr(0, std::min(from.find_first_of(" \t\r\n("), from.size()));
+  };
+  const std::string_view select = word_of(text);
+  const std::string_view behind = text.substr(select.size());
+  const std::string_view next = word_of(TrimWhite(behind));
+  const bool plain = EqualsIgnoreCase(select, "select") && !EqualsIgnoreCase(next, "top") &&
+                     !EqualsIgnoreCase(next, "distinct") && !EqualsIgnoreCase(next, "all");
+  return plain ? Text(select) + " top 1" + Text(behind) : Text(text);
+}
+
 }  // namespace
+
+RecordsetRef EmbeddedConnection::ExecuteForFirst(std::string_view text) {
+  return Run(WithTopOne(text), nullptr);
+}
 
 template <typename Work>
 auto EmbeddedConnection::Trusting(const Work& work) {

@@ -14,6 +14,7 @@ class EmbeddedConnection : public Connection, public SelfCheckingStore {
       : session_(std::move(database), std::move(path), lock_wait) {}
 
   RecordsetRef Execute(std::string_view text) override { return Run(text, nullptr); }
+  RecordsetRef ExecuteForFirst(std::string_view text) override;
   void ExecuteFor(std::string_view text, BatchListener& listener) override { Run(text, &listener); }
   void ExecuteEach(std::span<const Text> texts, std::size_t& done) override;
   bool IsSound() const override { return session_.sound(); }

@@ -112,6 +112,26 @@ void PercentOfRows(sqlite3_context* context, int, sqlite3_value** arguments) noe
   });
 }
 
+// ---- the ends of a range of texts ----
+
+// The text that is the whole range; else the end that `give_end` gives.
+template <typename Give>
+void GiveRangeEnd(sqlite3_context* context, sqlite3_value** arguments, const Give& give_end) {
+  const auto is_null = [](sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; };
+  if (is_null(arguments[0]) || is_null(arguments[1])) return sqlite3_result_null(context);
+  if (CompareText(TextOf(arguments[0]), TextOf(arguments[1])) != 0) return give_end();
+  sqlite3_result_value(context, arguments[0]);
+}
+
+void RangeFrom(sqlite3_context* context, int, sqlite3_value** arguments) noexcept {
+  GiveRangeEnd(context, arguments, [&] { sqlite3_result_text(context, "", 0, SQLITE_STATIC); });
+}
+
+// Every blob is greater than every text.
+void RangeTo(sqlite3_context* context, int, sqlite3_value** arguments) noexcept {
+  GiveRangeEnd(context, arguments, [&] { sqlite3_result_zeroblob(context, 0); });
+}
+
 // ---- the instant ----
 
 struct Instant {
@@ -203,6 +223,8 @@ void RegisterFunctions(sqlite3* database) {
   };
   function("t_top", 1, SQLITE_DETERMINISTIC, TopRows);
   function("t_percent", 2, SQLITE_DETERMINISTIC, PercentOfRows);
+  function(tsql::kRangeFrom.data(), 2, SQLITE_DETERMINISTIC, RangeFrom);
+  function(tsql::kRangeTo.data(), 2, SQLITE_DETERMINISTIC, RangeTo);
   function("t_now", 0, 0, NowFunction);
 }
 

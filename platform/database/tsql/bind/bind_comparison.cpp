@@ -62,6 +62,8 @@ bound::ExpressionPtr BindInSelect(BindContext& context, Scope& scope, const InSe
     RefuseStatement(
         "Only one expression can be specified in the select list when the subquery is not introduced with EXISTS.");
   }
+  // How often a value comes doesn't count, and the engine finds more over indexes where it needn't see to it.
+  if (query->cores.size() == 1 && !query->cores.front().top) query->cores.front().distinct = false;
   const DataType item = query->columns.front().type;
   if (IsNullLiteral(*operand)) operand->type = item;
   const DataType common = CommonType(operand->type, item);

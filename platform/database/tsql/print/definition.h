@@ -85,6 +85,11 @@ inline constexpr std::string_view kIdentityCheck = "account identity";
 // The table in which an account keeps the numbers of identities that SQLite doesn't count.
 inline constexpr std::string_view kCounterTable = "account_counters";
 
+// kRangeFrom(low, high) and kRangeTo(low, high): the ends, by kTextCollation, of what holds every text from low to high
+// by kTextOrder; that is one text where the two are equal, else everything.
+inline constexpr std::string_view kRangeFrom = "t_range_from";
+inline constexpr std::string_view kRangeTo = "t_range_to";
+
 // The names of the collations that every connection knows. kTextCollation: the account's texts as equal or not, in an
 // order of its own that no library changes; columns of text and their indexes go by it. kTextOrder: the order in which
 // a Chinese account sorts, equal where kTextCollation is. kNumberCollation: decimals, kept as their keys.

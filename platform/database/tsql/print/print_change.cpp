@@ -66,13 +66,12 @@ bool IsAlone(const bound::Change& change) {
 SqlText PrintRowsOf(PrintState& state, const bound::Change& change,
                     const std::function<void(SqlText& out)>& print_columns) {
   SqlText from;
-  std::vector<SqlText> conditions;
-  PrintFrom(state, change.from, from, conditions);
+  PrintFrom(state, change.from, from);
   SqlText select;
   select << "SELECT " << state.aliases.at(change.target) << "._rowid_ AS r";
   print_columns(select);
   select << " FROM " << std::move(from);
-  PrintWhere(state, change.where, std::move(conditions), select);
+  PrintWhere(state, change.where, {}, select);
   return Topped(state, change.top, change.top_percent, std::move(select));
 }
 
@@ -91,8 +90,7 @@ void PrintAssigned(PrintState& state, const bound::Change& change, const bound::
 // The table under its own name, with the sources' aliases known.
 SqlText PrintAlone(PrintState& state, const bound::Change& change) {
   SqlText from;
-  std::vector<SqlText> none;
-  PrintFrom(state, change.from, from, none);
+  PrintFrom(state, change.from, from);
   return from;
 }
 

@@ -284,10 +284,16 @@ class ExpressionPrinter {
 
   void PrintNode(const bound::Expression&, const bound::Comparison& node) {
     out_ << '(';
+    if (IsFoundByKey(*node.left) && std::holds_alternative<bound::Literal>(node.right->node)) out_ << '+';
     PrintOperand(*node.left, *node.right, IsOrdering(node.operation) ? Collated::Order : Collated::Equality);
     out_ << ComparisonSign(node.operation);
     Print(*node.right);
     out_ << ')';
+  }
+
+  bool IsFoundByKey(const bound::Expression& expression) const {
+    const auto* column = std::get_if<bound::Column>(&expression.node);
+    return column != nullptr && state_.found_by_key.contains(column->source);
   }
 
   // The left operand of a comparison: its collation, or the right one's, decides.

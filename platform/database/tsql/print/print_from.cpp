@@ -30,45 +30,57 @@ const bound::Source* SourceOf(const bound::From& from) {
   return source != nullptr ? *source : nullptr;
 }
 
-bool IsTemporary(const bound::From& from) {
-  const bound::Source* source = SourceOf(from);
-  return source != nullptr && source->table && source->table->temporary;
+// The table of a derived one that is nothing but `select distinct a, b, ... from t`; null where it is anything else.
+const bound::Source* TableMadeDifferent(const bound::Source& derived) {
+  if (!derived.query || derived.query->cores.size() != 1) return nullptr;
+  const bound::Core& core = derived.query->cores.front();
+  const bool plain = core.distinct && !core.top && !core.where && !core.grouped && core.from.size() == 1 &&
+                     !derived.query->correlated &&
+                     std::all_of(core.items.begin(), core.items.end(), [](const bound::Item& item) {
+                       return std::holds_alternative<bound::Column>(item.value->node);
+                     });
+  const bound::Source* source = plain ? SourceOf(*core.from.front()) : nullptr;
+  return source != nullptr && source->table && source->table->system_source.empty() ? source : nullptr;
 }
 
-// The joins of a chain that leans to the left, the innermost first.
-std::vector<const bound::Joined*> ChainOf(const bound::From& from) {
-  std::vector<const bound::Joined*> chain;
-  for (const bound::Joined* join = JoinOf(from); join != nullptr; join = JoinOf(*join->left)) chain.push_back(join);
-  std::reverse(chain.begin(), chain.end());
-  return chain;
+const bound::Column& ColumnOfItem(const bound::Source& derived, std::size_t item) {
+  return std::get<bound::Column>(derived.query->cores.front().items[item].value->node);
 }
 
-// The join whose right side is a temporary table that may stand first: the chain's size where there is none.
-std::size_t FindLeader(const std::vector<const bound::Joined*>& chain) {
-  if (chain.empty() || IsTemporary(*chain.front()->left)) return chain.size();
-  const bool movable = std::all_of(chain.begin(), chain.end(), [](const bound::Joined* join) {
-    return join->kind == JoinKind::Inner || join->kind == JoinKind::Left || join->kind == JoinKind::Cross;
-  });
-  if (!movable) return chain.size();
-  const auto found = std::find_if(chain.begin(), chain.end(), [](const bound::Joined* join) {
-    return join->kind == JoinKind::Inner && IsTemporary(*join->right);
-  });
-  return static_cast<std::size_t>(found - chain.begin());
-}
-
-bool IsColumnOf(const bound::Expression& expression, const bound::Source* source) {
-  const auto* column = std::get_if<bound::Column>(&expression.node);
-  return column != nullptr && column->source == source;
-}
-
-// Whether the condition can't hold where the columns of the source are Null: an equation with one of them must hold.
-bool NeedsSource(const bound::Expression& condition, const bound::Source* source) {
+// Whether the condition asks for one value of the source's column.
+bool AsksFor(const bound::Expression& condition, const bound::Source& source, std::size_t column) {
   if (const auto* both = std::get_if<bound::Logical>(&condition.node)) {
-    return both->conjunction && (NeedsSource(*both->left, source) || NeedsSource(*both->right, source));
+    return both->conjunction && (AsksFor(*both->left, source, column) || AsksFor(*both->right, source, column));
   }
   const auto* comparison = std::get_if<bound::Comparison>(&condition.node);
-  return comparison != nullptr && comparison->operation == BinaryOperator::Equal &&
-         (IsColumnOf(*comparison->left, source) || IsColumnOf(*comparison->right, source));
+  if (comparison == nullptr || comparison->operation != BinaryOperator::Equal) return false;
+  const auto is_asked = [&](const bound::Expression& side) {
+    const auto* asked = std::get_if<bound::Column>(&side.node);
+    return asked != nullptr && asked->source == &source && asked->index == column;
+  };
+  return is_asked(*comparison->left) || is_asked(*comparison->right);
+}
+
+// Whether the derived table is one of different rows which an index finds: it begins with a column that the join asks
+// for, and tells each row from its doubles.
+bool IsLookedUp(const bound::Source& derived, const bound::Joined& join) {
+  const bound::Source* source = TableMadeDifferent(derived);
+  if (source == nullptr || !join.condition || (join.kind != JoinKind::Left && join.kind != JoinKind::Inner))
+    return false;
+  const std::size_t count = derived.columns.size();
+  const auto item_of = [&](const Text& column) {
+    std::size_t item = 0;
+    while (item < count &&
+           ColumnOfItem(derived, item).source->sql_columns[ColumnOfItem(derived, item).index] != SqlName(column)) {
+      ++item;
+    }
+    return item;
+  };
+  return std::any_of(source->table->keys.begin(), source->table->keys.end(), [&](const KeyInfo& key) {
+    if (key.columns.size() != count || !AsksFor(*join.condition, derived, item_of(key.columns.front()))) return false;
+    return std::all_of(key.columns.begin(), key.columns.end(),
+                       [&](const Text& column) { return item_of(column) < count; });
+  });
 }
 
 class FromPrinter {
@@ -80,43 +92,15 @@ class FromPrinter {
     const bound::Joined& join = std::get<bound::Joined>(from.node);
     Print(*join.left, out);
     out << SqlJoin(join.kind);
-    PrintRight(*join.right, out);
+    const bound::Source* right = SourceOf(*join.right);
+    if (right != nullptr && IsLookedUp(*right, join)) {
+      PrintLookedUp(*right, out);
+    } else {
+      PrintRight(*join.right, out);
+    }
     if (!join.condition) return;
     out << " ON ";
     PrintCondition(state_, *join.condition, out);
-  }
-
-  // A temporary table that is joined to permanent ones holds what a statement asks about: it leads the join, its
-  // condition stands among those of the where clause, which keeps the meaning in a chain of inner and left joins.
-  // Behind it comes the left joined view or derived table that its condition needs, which by that need is an inner
-  // join; then the rest.
-  void PrintWithLeader(const std::vector<const bound::Joined*>& chain, std::size_t leader, SqlText& out,
-                       std::vector<SqlText>& conditions) {
-    SqlText base;
-    Print(*chain.front()->left, base);
-    std::vector<SqlText> sources(chain.size());
-    for (std::size_t i = 0; i < chain.size(); ++i) PrintRight(*chain[i]->right, sources[i]);
-    const std::size_t second = FindSecond(chain, leader);
-    out << std::move(sources[leader]);
-    conditions.push_back(ConditionOf(*chain[leader]));
-    if (second < chain.size()) {
-      out << " CROSS JOIN " << std::move(sources[second]);
-      conditions.push_back(ConditionOf(*chain[second]));
-    }
-    out << " CROSS JOIN " << std::move(base);
-    for (std::size_t i = 0; i < chain.size(); ++i) {
-      if (i == leader || i == second) continue;
-      out << SqlJoin(chain[i]->kind) << std::move(sources[i]);
-      if (chain[i]->condition) out << " ON " << ConditionOf(*chain[i]);
-    }
-  }
-
- private:
-  void PrintRight(const bound::From& from, SqlText& out) {
-    const bool join = JoinOf(from) != nullptr;
-    if (join) out << '(';
-    Print(from, out);
-    if (join) out << ')';
   }
 
   void PrintSource(const bound::Source& source, SqlText& out) {
@@ -134,6 +118,33 @@ class FromPrinter {
     state_.aliases[&source] = alias;
   }
 
+ private:
+  // Each row that has no double before it, so that the engine finds them one value at a time.
+  void PrintLookedUp(const bound::Source& derived, SqlText& out) {
+    const Text alias = NewName(state_, derived.name);
+    const bound::Source& source = *TableMadeDifferent(derived);
+    const Text row = NewName(state_, source.name);
+    const Text before = NewName(state_, source.name);
+    SqlText doubles;
+    out << "(SELECT ";
+    for (std::size_t i = 0; i < derived.columns.size(); ++i) {
+      const Text& column = source.sql_columns[ColumnOfItem(derived, i).index];
+      out << (i > 0 ? "," : "") << row << '.' << column << " AS " << derived.sql_columns[i];
+      doubles << before << '.' << column << " IS " << row << '.' << column << " AND ";
+    }
+    const Text table = source.table->SqlName();
+    out << " FROM " << table << " AS " << row << " WHERE NOT EXISTS(SELECT 1 FROM " << table << " AS " << before
+        << " WHERE " << std::move(doubles) << before << "._rowid_<" << row << "._rowid_)) AS " << alias;
+    state_.aliases[&derived] = alias;
+  }
+
+  void PrintRight(const bound::From& from, SqlText& out) {
+    const bool join = JoinOf(from) != nullptr;
+    if (join) out << '(';
+    Print(from, out);
+    if (join) out << ')';
+  }
+
   // A common table stands in front of the statement once, however often it is used.
   const Text& CommonName(const bound::CommonTable& table) {
     const auto found = state_.common_names.find(&table);
@@ -142,34 +153,17 @@ class FromPrinter {
     return state_.common_names.emplace(&table, name).first->second;
   }
 
-  static std::size_t FindSecond(const std::vector<const bound::Joined*>& chain, std::size_t leader) {
-    for (std::size_t i = 0; i < leader; ++i) {
-      const bound::Source* source = SourceOf(*chain[i]->right);
-      if (source == nullptr || source->table || !chain[i]->condition) continue;
-      if (NeedsSource(*chain[leader]->condition, source)) return i;
-    }
-    return chain.size();
-  }
-
-  SqlText ConditionOf(const bound::Joined& join) {
-    SqlText condition;
-    PrintCondition(state_, *join.condition, condition);
-    return condition;
-  }
-
   PrintState& state_;
 };
 
 }  // namespace
 
-void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out,
-               std::vector<SqlText>& conditions) {
+void PrintSource(PrintState& state, const bound::Source& source, SqlText& out) {
+  FromPrinter(state).PrintSource(source, out);
+}
+
+void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out) {
   FromPrinter printer(state);
-  if (from.size() == 1) {
-    const std::vector<const bound::Joined*> chain = ChainOf(*from.front());
-    const std::size_t leader = FindLeader(chain);
-    if (leader < chain.size()) return printer.PrintWithLeader(chain, leader, out, conditions);
-  }
   for (std::size_t i = 0; i < from.size(); ++i) {
     if (i > 0) out << " INNER JOIN ";
     const bool join = from.size() > 1 && JoinOf(*from[i]) != nullptr;

@@ -66,8 +66,12 @@ class CorePrinter {
   void PrintPlain(SqlText& out) {
     SqlText from;
     std::vector<SqlText> conditions;
-    if (!core_.from.empty()) PrintFrom(state_, core_.from, from, conditions);
+    if (!PrintReducedFrom(state_, core_, order_by_, from, conditions)) PrintFrom(state_, core_.from, from);
     SqlText where;
+    if (core_.where) {
+      AddIndexRanges(state_, *core_.where, conditions);
+      state_.found_by_key.merge(FoundByKey(*core_.where));
+    }
     PrintWhere(state_, core_.where, std::move(conditions), where);
     std::vector<Text> wanted;
     if (Regroups()) {

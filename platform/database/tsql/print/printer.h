@@ -15,6 +15,9 @@ struct PrintState {
   // A select that groups over a join takes its columns from an inner select: for each of its sources the list of the
   // columns wanted from it so far, as the inner select writes them.
   std::map<const bound::Source*, std::vector<Text>*> regrouped;
+  // Sources whose rows a query in the where clause finds by a key, than which no other index of theirs is better: what
+  // is compared with a literal is written so that the engine takes none for it.
+  std::set<const bound::Source*> found_by_key;
   // Queries that stand in front of the statement under a name: common tables, and what is nested so deep that SQLite's
   // parser would give up.
   std::vector<std::pair<Text, SqlText>> in_front;
@@ -64,11 +67,30 @@ Text PutInFront(PrintState& state, const bound::Query& query, std::string_view n
 Text NewName(PrintState& state, std::string_view name);
 
 // ---- print_from.cpp ----
-// The sources of a from clause; what must hold between them beyond their own conditions goes to `conditions`.
-void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out,
-               std::vector<SqlText>& conditions);
+// The sources of a from clause.
+void PrintFrom(PrintState& state, const std::vector<bound::FromPtr>& from, SqlText& out);
+// One of them, under a new alias.
+void PrintSource(PrintState& state, const bound::Source& source, SqlText& out);
 // `where` and the conditions, with ` WHERE ` in front; nothing where there are none.
 void PrintWhere(PrintState& state, const bound::ExpressionPtr& where, std::vector<SqlText> conditions, SqlText& out);
+
+// ---- access_paths.cpp ----
+// The sources of which `where` wants those rows whose key, a single column, is among the values of a query.
+std::set<const bound::Source*> FoundByKey(const bound::Expression& where);
+// Whether rows of the source are found by a value of the column without reading all of them.
+bool IsServed(const bound::Source& source, std::size_t column);
+
+// ---- print_reduction.cpp ----
+// The sources of a core whose join a temporary table decides: of each other one there stand in front of the statement
+// the rows alone that can meet the temporary table's, found over indexes from source to source. What must hold between
+// them goes to `conditions`. Gives false, and prints nothing, where the core has no such join.
+bool PrintReducedFrom(PrintState& state, const bound::Core& core, const std::vector<bound::OrderKey>& order_by,
+                      SqlText& out, std::vector<SqlText>& conditions);
+
+// ---- print_range.cpp ----
+// What follows from a range of texts in `where` that an index could serve: the index goes by another order, in which
+// the range of one text alone is narrow.
+void AddIndexRanges(PrintState& state, const bound::Expression& where, std::vector<SqlText>& conditions);
 
 // The whole statement: what stands in front of it, then itself.
 SqlText Finish(PrintState& state, SqlText statement);
