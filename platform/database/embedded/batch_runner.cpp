@@ -285,6 +285,11 @@ Value BatchRunner::ParameterValue(const Parameter& parameter, tsql::TextPool& po
   return SystemValueOf(parameter, pool);
 }
 
+std::optional<std::int64_t> BatchRunner::IntegerOf(const Parameter& parameter) const {
+  if (parameter.source != Parameter::Source::Literal || parameter.literal.as_written) return std::nullopt;
+  return LiteralInteger(literals_[parameter.literal.index], parameter.literal.negated, parameter.type);
+}
+
 std::optional<std::string_view> BatchRunner::KeyOf(const Parameter& parameter) const {
   if (parameter.source != Parameter::Source::Literal || parameter.literal.negated) return std::nullopt;
   return LiteralKey(literals_[parameter.literal.index], parameter.type);
@@ -300,6 +305,10 @@ void BatchRunner::BindFrom(int first, PreparedCommand& prepared, sqlite3_stmt* s
                            const std::vector<Parameter>& parameters) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     const int index = first + static_cast<int>(i);
+    if (const auto number = IntegerOf(parameters[i])) {
+      Bind(statement, index, *number);
+      continue;
+    }
     if (const auto key = KeyOf(parameters[i])) {
       Bind(statement, index, *key);
       continue;

@@ -46,7 +46,8 @@ class BatchRunner {
   // Binds from `?first` on.
   void BindFrom(int first, PreparedCommand& prepared, sqlite3_stmt* statement,
                 const std::vector<tsql::Parameter>& parameters);
-  // The text of an amount that is stored as it is written.
+  // The number of a whole one; the text of an amount that is stored as it is written.
+  std::optional<std::int64_t> IntegerOf(const tsql::Parameter& parameter) const;
   std::optional<std::string_view> KeyOf(const tsql::Parameter& parameter) const;
   tsql::Value ParameterValue(const tsql::Parameter& parameter, tsql::TextPool& pool);
   tsql::Value SystemValueOf(const tsql::Parameter& parameter, tsql::TextPool& pool);

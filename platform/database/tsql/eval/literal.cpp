@@ -105,12 +105,19 @@ Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, c
     return Convert(Value::Of(negated ? -number : number), FloatType(), to, purpose, pool);
   }
   if (literal.kind == LiteralKind::Integer && !as_written) {
-    const Value value = Value::Of(IntegerOf(literal.text, negated));
-    return to.kind == TypeKind::Int ? value : Convert(value, IntType(), to, purpose, pool);
+    if (const auto number = LiteralInteger(literal, negated, to)) return Value::Of(*number);
+    return Convert(Value::Of(IntegerOf(literal.text, negated)), IntType(), to, purpose, pool);
   }
   const Decimal number = DecimalOf(literal.text, negated);
   if (as_written) return Value::Of(number);
   return Convert(Value::Of(number), MeasuredType(literal), to, purpose, pool);
+}
+
+std::optional<std::int64_t> LiteralInteger(const LiteralToken& literal, bool negated, const DataType& to) {
+  if (literal.kind != LiteralKind::Integer || to.kind != TypeKind::Int) return std::nullopt;
+  std::int64_t number = 0;
+  for (const char digit : literal.text) number = number * 10 + (digit - '0');
+  return negated ? -number : number;
 }
 
 std::optional<std::string_view> LiteralKey(const LiteralToken& literal, const DataType& type) {

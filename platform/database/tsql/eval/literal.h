@@ -18,6 +18,9 @@ DataType MeasuredType(const LiteralToken& literal);
 Value LiteralValue(const LiteralToken& literal, bool negated, bool as_written, const DataType& to, Purpose purpose,
                    TextPool& pool);
 
+// The number of an integer literal that goes to an int; nothing for any other literal, or any other type.
+std::optional<std::int64_t> LiteralInteger(const LiteralToken& literal, bool negated, const DataType& to);
+
 // The literal's own digits, where they are already what a decimal column of the type keeps of it; nothing for others.
 // Amounts mostly are, and needn't be read to be stored.
 std::optional<std::string_view> LiteralKey(const LiteralToken& literal, const DataType& type);
