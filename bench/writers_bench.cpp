@@ -13,7 +13,7 @@ namespace rebate::bench {
 namespace {
 
 constexpr int kWriters = 8;
-constexpr int kSaves = 150;  // of each
+constexpr int kSaves = 300;  // of each
 
 // Saves schemes of one organisation each, from `first` on.
 void Save(const Text& dsn, int first, int count) {

@@ -10,8 +10,11 @@
 
 namespace rebate {
 
-// The writers of this process on one account, of which one writes at a time. One that waits here goes on when the one
-// before it ends; the engine would have it ask the file again and again, after longer and longer sleeps.
+// The writers of this process on one account, of which one writes at a time. One that waits here goes on shortly after
+// the one before it ends; the engine would have it ask the file again and again, after longer and longer sleeps.
+//
+// A writer that comes back at once goes on before those that wait, for a while: the account's pages that it has read
+// are still good, where another one reads them anew.
 class WriterQueue {
  public:
   // That of the file, shared by all connections to it; a queue of its own where the file can't be told.
@@ -22,9 +25,15 @@ class WriterQueue {
   void Give() noexcept;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   std::mutex mutex_;
-  std::condition_variable given_;
+  std::condition_variable given_;      // to the one who watches for the turn
+  std::condition_variable unwatched_;  // told to those behind that one
   bool taken_ = false;
+  bool watched_ = false;     // somebody waits, and looks at the turn again and again
+  bool promised_ = false;    // to that one, and nobody else
+  Clock::time_point since_;  // the turn is one writer's
 };
 
 // The turn of one writer, from Take to Give or its end. Threads may take and give it in turns.
