@@ -15,7 +15,7 @@ MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1, "s": 1e3}
 
 def name_of(benchmark):
     """The benchmark's name and size, without what says how it was run."""
-    return re.sub(r"/(iterations:\d+|manual_time|real_time)", "", benchmark["name"])
+    return re.sub(r"/(iterations:\d+|repeats:\d+|manual_time|real_time)", "", benchmark["run_name"])
 
 
 def figure_of(benchmark, counter):
@@ -33,6 +33,7 @@ def judge(figure, goal):
 def main():
     goals = json.loads((pathlib.Path(__file__).parent / "goals.json").read_text())
     measured = json.loads(pathlib.Path(sys.argv[1]).read_text())["benchmarks"]
+    measured = [each for each in measured if each.get("aggregate_name", "median") == "median"]
     words = []
     for goal in goals:
         found = [each for each in measured if re.fullmatch(goal["benchmark"], name_of(each))]

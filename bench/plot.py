@@ -6,8 +6,8 @@ import pathlib
 import re
 import sys
 
-WIDTH, HEIGHT = 360, 250  # of a panel
-LEFT, RIGHT, TOP, BOTTOM = 58, 18, 58, 40
+WIDTH, HEIGHT = 390, 250  # of a panel
+LEFT, RIGHT, TOP, BOTTOM = 72, 34, 58, 40
 COLOURS = ("#0b6e99", "#c2571a", "#4a7c2c", "#7a4fa3")
 MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1, "s": 1e3}
 
@@ -33,7 +33,7 @@ def points_of(measured, benchmark, counter):
     """Size and milliseconds of each run of the benchmark."""
     points = []
     for each in measured:
-        match = re.match(rf"{benchmark}/(\d+)\b", each["name"])
+        match = re.match(rf"{benchmark}/(\d+)\b", each["run_name"])
         if not match or each.get("error_occurred"):
             continue
         time = each[counter] if counter else each["real_time"] * MILLISECONDS[each["time_unit"]]
@@ -105,6 +105,7 @@ def text(x, y, words, anchor="start", weight="normal", size=11, colour="#333"):
 
 def main():
     measured = json.loads(pathlib.Path(sys.argv[1]).read_text())["benchmarks"]
+    measured = [each for each in measured if each.get("aggregate_name", "median") == "median"]
     rows = (len(PANELS) + 1) // 2
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{2 * WIDTH}" height="{rows * HEIGHT}" '
              f'font-family="sans-serif"><rect width="100%" height="100%" fill="white"/>']

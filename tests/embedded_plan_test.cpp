@@ -186,5 +186,27 @@ TEST_F(EmbeddedPlan, IndexesChangeNoAnswer) {
   }
 }
 
+// A top leaves the sorting to the engine.
+TEST_F(EmbeddedPlan, RowsSortTheSameByWhomeverTheyAreSorted) {
+  const char* texts[] = {"'B10'", "'b2'",    "'B2 '",   "N'Ｂ2'", "'a-1'", "'a.1'", "'a1'",         "''",
+                         "null",  "N'促销'", "N'阿胶'", "'z'",    "'9'",   "'10'",  "'abcdefgh10'", "'abcdefgh9'"};
+  const char* dates[] = {"null", "'1899-12-29 18:00'", "'1899-12-29 06:00'", "'1899-12-30 06:00'", "'2026-02-28'"};
+  std::mt19937 random(3);
+  for (const bool plain : {false, true}) {  // where all texts are plain, they sort by their beginnings first
+    Run("create table t_o (id int not null primary key, t nvarchar(20), d datetime, n int, f bit)");
+    for (int id = 1; id <= 300; ++id) {
+      const Text text = plain ? "'" + std::to_string(random() % 100) + " x'" : texts[random() % std::size(texts)];
+      Run("insert into t_o values (" + std::to_string(id) + "," + text + "," + dates[random() % std::size(dates)] +
+          "," + (random() % 5 == 0 ? "null" : std::to_string(static_cast<int>(random() % 7) - 3)) + "," +
+          std::to_string(random() % 2) + ")");
+    }
+    for (const char* order : {"t,id", "t desc,n,id desc", "d,f desc,t,id", "n desc,d desc,id", "2,4,1"}) {
+      const Text rest = Text(" id,t,d,n,f from t_o order by ") + order;
+      EXPECT_EQ(Rows("select" + rest), Rows("select top 1000" + rest)) << order;
+    }
+    Run("drop table t_o");
+  }
+}
+
 }  // namespace
 }  // namespace rebate

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -116,6 +117,42 @@ TEST(Lexer, UsesTheMemoryOfATemplateAgain) {
   EXPECT_EQ(batch_template.key.data(), key);
   EXPECT_EQ(batch_template.literals.size(), 1u);
   EXPECT_EQ(batch_template.key, TemplateOf("select 'y'").key);
+}
+
+// What a shape reads is what a template reads: of texts in which pieces of all kinds meet.
+TEST(Lexer, ShapesReadWhatTemplatesRead) {
+  const std::string_view pieces[] = {"1",   "23", "4.5", "6e7", ".8", "2147483648", "'a'", "'it''s'", "N'b'",
+                                     "n''", "''", "N",   "e",   "x",  " ",          "-",   "--",      "\n",
+                                     "/*",  "*/", "(",   ",",   ".",  "<",          "=",   "[c]",     "'"};
+  std::mt19937 random(7);
+  std::size_t same = 0;
+  for (int round = 0; round < 200'000; ++round) {
+    Text texts[2];
+    for (std::size_t i = 0, count = random() % 6 + 1; i < count; ++i) {
+      const std::string_view piece = pieces[random() % std::size(pieces)];
+      texts[0] += piece;
+      texts[1] += random() % 2 == 0 ? piece : pieces[random() % std::size(pieces)];
+    }
+    BatchTemplate templates[2];
+    try {
+      for (int i = 0; i < 2; ++i) ReadTemplate(texts[i], templates[i]);
+    } catch (const Error&) {
+      continue;
+    }
+    TextShape shape;
+    shape.Learn(texts[0], templates[0].literals);
+    std::vector<LiteralToken> literals;
+    if (!shape.Reads(texts[1], literals)) continue;
+    ++same;
+    ASSERT_EQ(templates[0].key, templates[1].key) << texts[0] << " and " << texts[1];
+    ASSERT_EQ(literals.size(), templates[1].literals.size()) << texts[1];
+    for (std::size_t i = 0; i < literals.size(); ++i) {
+      ASSERT_EQ(literals[i].text, templates[1].literals[i].text);
+      ASSERT_EQ(literals[i].kind, templates[1].literals[i].kind);
+      ASSERT_EQ(literals[i].has_doubled_quotes, templates[1].literals[i].has_doubled_quotes);
+    }
+  }
+  EXPECT_GT(same, 5'000u);
 }
 
 TEST(Lexer, RefusesWhatCantStandInABatch) {

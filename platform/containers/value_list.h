@@ -62,13 +62,19 @@ template <typename T>
 struct MadeWithRoom {
   static void* operator new(std::size_t size) { return ::operator new(size); }
   static void* operator new(std::size_t size, RoomForValues room) {
-    return ::operator new(size + room.places * sizeof(Variant));
+    return ::operator new(RoundedUp(size) + room.places * sizeof(Variant));
   }
   static void operator delete(void* memory) { ::operator delete(memory); }
   static void operator delete(void* memory, RoomForValues) { ::operator delete(memory); }
 
  protected:
-  void* Room() { return static_cast<T*>(this) + 1; }
+  void* Room() { return reinterpret_cast<char*>(static_cast<T*>(this)) + RoundedUp(sizeof(T)); }
+
+ private:
+  // To where a value may stand.
+  static constexpr std::size_t RoundedUp(std::size_t size) {
+    return (size + alignof(Variant) - 1) / alignof(Variant) * alignof(Variant);
+  }
 };
 
 }  // namespace rebate

@@ -32,12 +32,12 @@ bool BatchRunner::Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> 
   return RunSteps(batch.steps) == Flow::Next;
 }
 
-void BatchRunner::RunInserts(PreparedBatch& batch, std::span<const Literals> texts) {
+void BatchRunner::RunInserts(std::span<const Row> rows) {
   for (std::size_t size = 0; size < kRowsTogether.size(); ++size) {
-    const std::size_t rows = kRowsTogether[size];
-    while (texts.size() >= rows && RunTogether(batch, texts.first(rows), size)) texts = texts.subspan(rows);
+    const std::size_t count = kRowsTogether[size];
+    while (rows.size() >= count && RunTogether(rows.first(count), size)) rows = rows.subspan(count);
   }
-  for (const Literals& literals : texts) Run(batch, literals);
+  for (const Row& row : rows) Run(*row.batch, row.literals);
 }
 
 BatchRunner::Flow BatchRunner::RunSteps(std::vector<Step>& steps) {
@@ -436,27 +436,32 @@ void BatchRunner::RunInsert(PreparedCommand& prepared) {
   if (session_.row_count > 0) session_.identity = catalog.NoteInsert(*command.target, command.gives_identity);
 }
 
-bool BatchRunner::RunTogether(PreparedBatch& batch, std::span<const Literals> texts, std::size_t size) {
-  batch_ = &batch;
-  literals_ = texts.front();
+PreparedCommand& BatchRunner::PreparedInsert(const Row& row) {
+  batch_ = row.batch;
+  literals_ = row.literals;
+  Step& step = row.batch->steps.front();
+  return Prepared(step, 0,
+                  [&](auto& context) { return MakeInsert(context, std::get<tsql::Insert>(step.statement->node)); });
+}
+
+bool BatchRunner::RunTogether(std::span<const Row> rows, std::size_t size) {
   BeginInstant();
-  Step& step = batch.steps.front();
-  PreparedCommand& prepared = Prepared(
-      step, 0, [&](auto& context) { return MakeInsert(context, std::get<tsql::Insert>(step.statement->node)); });
-  const tsql::Command& command = prepared.command;
+  PreparedCommand& first = PreparedInsert(rows.front());
+  const tsql::Command& command = first.command;
   if (!command.row) return false;
   session_.catalog().CheckIdentityInsert(*command.target, false);
-  StatementHandle& statement = prepared.together[size];
-  if (!statement) statement = Prepare(session_.database(), WithRows(command, texts.size()), session_.path());
-  const std::vector<Parameter>& row = command.sql.parameters;
-  prepared.texts.Clear();
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    literals_ = texts[i];
-    BindFrom(static_cast<int>(i * row.size()) + 1, prepared, statement.get(), row);
+  StatementHandle& statement = first.together[size];
+  if (!statement) statement = Prepare(session_.database(), WithRows(command, rows.size()), session_.path());
+  first.texts.Clear();
+  int index = 1;
+  for (const Row& row : rows) {
+    const std::vector<Parameter>& parameters = PreparedInsert(row).command.sql.parameters;
+    BindFrom(index, first, statement.get(), parameters);
+    index += static_cast<int>(parameters.size());
   }
   {
     const RunningStatement running(statement.get());
-    StepOnce(prepared, statement.get());
+    StepOnce(first, statement.get());
   }
   session_.row_count = 1;
   session_.identity = session_.catalog().NoteInsert(*command.target, false);

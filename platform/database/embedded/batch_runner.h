@@ -20,9 +20,14 @@ class BatchRunner {
   // text ends here.
   bool Run(PreparedBatch& batch, std::span<const tsql::LiteralToken> literals);
 
-  // Runs a batch that InsertsRow once for each of the texts with these literals. Raises an error where one is refused.
-  using Literals = std::span<const tsql::LiteralToken>;
-  void RunInserts(PreparedBatch& batch, std::span<const Literals> texts);
+  // A text of a batch that InsertsRow.
+  struct Row {
+    PreparedBatch* batch;
+    std::span<const tsql::LiteralToken> literals;
+  };
+  // Runs texts whose statements differ in nothing but how their values are written. Raises an error where one is
+  // refused.
+  void RunInserts(std::span<const Row> rows);
 
   // The first row set that a statement gave; null where none did, or a listener got it.
   const Ref<RowSet>& result() const { return result_; }
@@ -58,8 +63,9 @@ class BatchRunner {
   void RunAssign(PreparedCommand& prepared);
   void RunChange(PreparedCommand& prepared);
   void RunInsert(PreparedCommand& prepared);
-  // As many texts as the size says, in one statement; false where they are to run one by one.
-  bool RunTogether(PreparedBatch& batch, std::span<const Literals> texts, std::size_t size);
+  // As many rows as the size says, in one statement; false where they are to run one by one.
+  bool RunTogether(std::span<const Row> rows, std::size_t size);
+  PreparedCommand& PreparedInsert(const Row& row);
   void RunSelectInto(PreparedCommand& prepared);
   // The value of one calculation over the row on which the statement stands, its columns counted from `first`.
   tsql::Value Calculated(PreparedCommand& prepared, std::size_t number, const tsql::RowValue& value, sqlite3_stmt* row,

@@ -1,32 +1,41 @@
 #include "platform/database/embedded/insert_group.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace rebate {
 namespace {
 
-// The rows that the texts of one template insert.
-struct Rows {
-  PreparedBatch* batch;
-  std::vector<BatchRunner::Literals> literals;
-};
-
-// Those of the last text come last: what it leaves in @@identity stays there.
-Rows& RowsOf(std::vector<Rows>& all, PreparedBatch* batch) {
-  const auto found = std::find_if(all.begin(), all.end(), [&](const Rows& rows) { return rows.batch == batch; });
-  if (found == all.end()) return all.emplace_back(Rows{batch, {}});
-  std::rotate(found, found + 1, all.end());
-  return all.back();
+const tsql::Command& InsertOf(const PreparedBatch& batch) {
+  return batch.steps.front().commands.front()->command;
 }
 
 }  // namespace
+
+std::optional<std::size_t> InsertGroup::StreamOf(PreparedBatch& batch) {
+  const tsql::Command& insert = InsertOf(batch);
+  for (std::size_t i = 0; i < streams_.size(); ++i) {
+    const tsql::Command& other = InsertOf(*streams_[i]);
+    if (streams_[i] == &batch || insert.sql.text == other.sql.text) return i;
+    // Its rows would get their numbers out of turn.
+    if (insert.target->SqlName() == other.target->SqlName()) return std::nullopt;
+  }
+  streams_.push_back(&batch);
+  return streams_.size() - 1;
+}
 
 bool InsertGroup::Take(const PreparedBatchPtr& batch, std::span<const tsql::LiteralToken> literals) {
   if (!batch->InsertsRow() || !session_.InUnit()) {
     Run();
     return false;
   }
-  waiting_.push_back({batch, literals_.size(), literals.size()});
+  std::optional<std::size_t> stream = StreamOf(*batch);
+  if (!stream) {
+    Run();
+    // What has run may have been prepared anew, and otherwise.
+    if (!batch->InsertsRow()) return false;
+    stream = StreamOf(*batch);
+  }
+  waiting_.push_back({batch, literals_.size(), literals.size(), *stream});
   literals_.insert(literals_.end(), literals.begin(), literals.end());
   if (waiting_.size() == kMostWaiting) Run();
   return true;
@@ -43,23 +52,30 @@ void InsertGroup::Run() {
     }
   }
   waiting_.clear();
+  streams_.clear();
   literals_.clear();
 }
 
 bool InsertGroup::RunTogether() {
   if (waiting_.size() < kRowsTogether.back()) return false;
-  std::vector<Rows> all;
-  for (const Waiting& text : waiting_) RowsOf(all, text.batch.get()).literals.push_back(LiteralsOf(text));
+  std::vector<std::vector<BatchRunner::Row>> rows(streams_.size());
+  for (const Waiting& text : waiting_) rows[text.stream].push_back({text.batch.get(), LiteralsOf(text)});
+  // Those of the last text come last: what it leaves in @@identity stays there.
+  std::swap(rows.back(), rows[waiting_.back().stream]);
   session_.NeedTransaction(false);
   const AccountCatalog::Counters counters = session_.catalog().MarkCounters();
+  const std::optional<std::int64_t> identity = session_.identity;
+  const std::int64_t row_count = session_.row_count;
   try {
     session_.Atomically([&] {
-      for (const Rows& rows : all) runner_.RunInserts(*rows.batch, rows.literals);
+      for (const std::vector<BatchRunner::Row>& stream : rows) runner_.RunInserts(stream);
     });
     return true;
   } catch (const Error& error) {
     if (error.number != database_error::kStatement && error.number != database_error::kConstraint) throw;
     session_.catalog().ReturnTo(counters);
+    session_.identity = identity;
+    session_.row_count = row_count;
     return false;
   }
 }

@@ -26,8 +26,10 @@ class InsertGroup {
     PreparedBatchPtr batch;
     std::size_t first_literal;
     std::size_t literal_count;
+    std::size_t stream;
   };
-
+  // The stream to which the batch's rows belong, a new one where its table has none; nothing where it has another.
+  std::optional<std::size_t> StreamOf(PreparedBatch& batch);
   bool RunTogether();
   std::span<const tsql::LiteralToken> LiteralsOf(const Waiting& text) const {
     return std::span(literals_).subspan(text.first_literal, text.literal_count);
@@ -37,6 +39,9 @@ class InsertGroup {
   BatchRunner& runner_;
   std::size_t& done_;
   std::vector<Waiting> waiting_;
+  // A stream holds the rows for one table, all by statements that are the same but for how their values are written;
+  // here each is known by the first of its batches.
+  std::vector<PreparedBatch*> streams_;
   std::vector<tsql::LiteralToken> literals_;
 };
 

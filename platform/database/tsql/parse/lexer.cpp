@@ -50,12 +50,12 @@ inline bool Is(char c, unsigned classes) {
 
 // A token with its bounds in the batch, the quotes included.
 struct Lexeme {
-  const char* begin;
-  const char* end;
+  const char* begin = nullptr;
+  const char* end = nullptr;
   std::string_view text;
-  TokenKind kind;
-  LiteralKind literal_kind;
-  bool doubled_quotes;
+  TokenKind kind = TokenKind::End;
+  LiteralKind literal_kind = LiteralKind::Integer;
+  bool doubled_quotes = false;
 };
 
 // Walks over a batch token by token: the only place that knows where one ends.
@@ -94,6 +94,7 @@ class Scanner {
   // Reads the literal at the offset, where one begins there, and gives the offset behind it; else 0.
   std::size_t NextLiteral(std::size_t offset, Lexeme& lexeme) {
     at_ = begin_ + offset;
+    lexeme.begin = at_;
     if (at_ == end_) return 0;
     if (*at_ == '\'') {
       ReadString(lexeme, LiteralKind::String);
@@ -331,7 +332,9 @@ bool TextShape::Reads(std::string_view text, std::vector<LiteralToken>& literals
   std::size_t own_at = 0;
   for (const Place& place : places_) {
     const std::size_t size = place.begin - own_at;
-    if (text.size() - at < size || std::memcmp(text.data() + at, text_.data() + own_at, size) != 0) return false;
+    if (text.size() - at <= size || std::memcmp(text.data() + at, text_.data() + own_at, size) != 0) return false;
+    // What stands before a point may run together with a digit.
+    if ((text[at + size] == '.') != (text_[place.begin] == '.')) return false;
     at = scanner.NextLiteral(at + size, lexeme);
     if (at == 0 || MarkerOf(lexeme.literal_kind, lexeme.text.size()) != place.marker) return false;
     literals.push_back({lexeme.literal_kind, lexeme.text, lexeme.doubled_quotes});
