@@ -91,7 +91,6 @@ bool IsRowOfLiterals(const bound::Insert& insert) {
   return insert.rows.size() == 1 && !insert.gives_identity &&
          std::all_of(insert.rows.front().begin(), insert.rows.front().end(), [](const bound::ExpressionPtr& value) {
            return value && (std::holds_alternative<bound::Literal>(value->node) ||
-                            std::holds_alternative<bound::Constant>(value->node) ||
                             std::holds_alternative<bound::Null>(value->node));
          });
 }
